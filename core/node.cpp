@@ -1,0 +1,178 @@
+#include "core/node.h"
+
+#include "core/class_registry.h"
+#include "core/sprite.h"
+#include "core/transform_node.h"
+
+namespace zorvan {
+
+Node::~Node() {
+    for (Node* child : children_) {
+        child->parent_ = nullptr;
+        Release(child);
+    }
+}
+
+bool Node::IsKindOf(ClassId id) {
+    return id == MakeClassId(u"Node");
+}
+
+void Node::SetUserData(void* data) {
+    userData_ = data;
+}
+
+void* Node::GetUserData() {
+    return userData_;
+}
+
+void const* Node::GetUserData() const {
+    return userData_;
+}
+
+bool Node::Attach(Node* child) {
+    return Insert(child, children_.Count());
+}
+
+bool Node::AttachBefore(Node* child, Node* sibling) {
+    const uint32_t index = children_.IndexOf(sibling);
+    return index != List<Node*>::kNotFound && child != sibling && Insert(child, index);
+}
+
+bool Node::AttachAfter(Node* child, Node* sibling) {
+    const uint32_t index = children_.IndexOf(sibling);
+    return index != List<Node*>::kNotFound && child != sibling && Insert(child, index + 1);
+}
+
+bool Node::Insert(Node* child, uint32_t index) {
+    if (child == nullptr) {
+        return false;
+    }
+    for (Node* ancestor = this; ancestor != nullptr; ancestor = ancestor->parent_) {
+        if (ancestor == child) {
+            return false;
+        }
+    }
+    if (!children_.Append(child)) {
+        return false;
+    }
+    Retain(child);
+    for (uint32_t i = children_.Count() - 1; i > index; --i) {
+        std::swap(children_[i], children_[i - 1]);
+    }
+    if (child->parent_ == this) {
+        // The child moves within this list: its old entry is the one beside the new one.
+        for (uint32_t i = 0; i < children_.Count(); ++i) {
+            if (children_[i] == child && i != index) {
+                children_.RemoveAt(i);
+                break;
+            }
+        }
+        Release(child);
+    } else if (child->parent_ != nullptr) {
+        child->parent_->Detach(child);
+    }
+    child->SetParent(this);
+    return true;
+}
+
+bool Node::Detach(Node* child) {
+    const uint32_t index = children_.IndexOf(child);
+    if (index == List<Node*>::kNotFound) {
+        return false;
+    }
+    children_.RemoveAt(index);
+    child->SetParent(nullptr);
+    Release(child);
+    return true;
+}
+
+void Node::SetParent(Node* parent) {
+    parent_ = parent;
+    properties_.Touch();
+}
+
+Matrix4T<RealFixed> const& Node::GetWorldMatrix() const {
+    return Matrix4T<RealFixed>::Identity;
+}
+
+void Node::Update(GraphicsDevice& device, RealFixed const& time) {
+    Update(device, time, RealFixed{}, false);
+}
+
+void Node::Update(GraphicsDevice& device, RealFixed const& time, RealFixed const& delta, bool force) {
+    properties_.EnsureRegistered();
+    InternalUpdate(device, time, delta, force);
+}
+
+void Node::Render(GraphicsDevice& device) {
+    InternalRender(device);
+    for (uint32_t i = 0; i < children_.Count(); ++i) {
+        children_[i]->Render(device);
+    }
+}
+
+void Node::RegisterProperties() {}
+
+void Node::InternalUpdate(GraphicsDevice& device, RealFixed const& time, RealFixed const& delta, bool force) {
+    for (uint32_t i = 0; i < children_.Count(); ++i) {
+        children_[i]->Update(device, time, delta, force);
+    }
+}
+
+void Node::InternalRender(GraphicsDevice&) {}
+
+void Node::InternalSelect(GraphicsDevice&) {}
+
+void Node::Save(Serializer& writer) {
+    if (!name.empty()) {
+        writer.Write("name", name);
+    }
+    GetProperties().Save(writer);
+    InternalSave(writer);
+    if (children_.IsEmpty()) {
+        return;
+    }
+    writer.BeginArray("children");
+    for (Node* child : children_) {
+        writer.BeginObject(nullptr);
+        child->Save(writer);
+        writer.EndObject();
+    }
+    writer.EndArray();
+}
+
+bool Node::Load(Deserializer& reader) {
+    reader.Read("name", name);
+    if (!GetProperties().Load(reader) || !InternalLoad(reader)) {
+        return false;
+    }
+    if (!reader.Enter("children")) {
+        return !reader.Failed();
+    }
+    const uint32_t count = reader.Count();
+    for (uint32_t i = 0; i < count && reader.Enter(i); ++i) {
+        Node* child = LoadNode(reader);
+        reader.Leave();
+        if (child == nullptr) {
+            break;
+        }
+        Attach(child);
+    }
+    reader.Leave();
+    return !reader.Failed();
+}
+
+void Node::InternalSave(Serializer&) {}
+
+bool Node::InternalLoad(Deserializer&) {
+    return true;
+}
+
+Node* CloneChildren(Node& source, Node* copy) {
+    for (Node* child : source.GetChildren()) {
+        copy->Attach(child->CloneDeep());
+    }
+    return copy;
+}
+
+}  // namespace zorvan

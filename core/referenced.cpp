@@ -1,0 +1,7 @@
+#include "core/referenced.h"
+
+namespace zorvan {
+
+Referenced::~Referenced() = default;
+
+}  // namespace zorvan

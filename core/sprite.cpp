@@ -1,0 +1,112 @@
+#include "core/sprite.h"
+
+#include "core/graphics_device.h"
+
+namespace zorvan {
+namespace {
+
+using Point = Vector2T<DoubleRealFixed>;
+
+// Twice the signed area of the triangle a, b, p, in whole pixels of 1/256.
+int64_t Side(Point const& a, Point const& b, Point const& p) {
+    const auto cut = [](DoubleRealFixed value) { return value.raw >> 24; };
+    return (cut(b.x) - cut(a.x)) * (cut(p.y) - cut(a.y)) - (cut(b.y) - cut(a.y)) * (cut(p.x) - cut(a.x));
+}
+
+}  // namespace
+
+Sprite::Sprite(Sprite const& other)
+    : TransformNode(other),
+      width(OwnProperties(), other.width.Get()),
+      height(OwnProperties(), other.height.Get()),
+      color(OwnProperties(), other.color.Get()),
+      texture_(other.texture_) {}
+
+bool Sprite::IsKindOf(ClassId id) {
+    return id == MakeClassId(u"Sprite") || TransformNode::IsKindOf(id);
+}
+
+bool Sprite::Load(Deserializer& reader) {
+    if (!TransformNode::Load(reader)) {
+        return false;
+    }
+    constexpr int32_t kMostPixels = 32767;  // what 16.16 holds
+    for (PropertyT<int32_t> const* size : {&width, &height}) {
+        if (size->Get() < 0 || size->Get() > kMostPixels) {
+            reader.Fail(size == &width ? "width" : "height",
+                        "got " + std::to_string(size->Get()) + ", expected 0 to 32767 pixels");
+            return false;
+        }
+    }
+    return true;
+}
+
+void Sprite::RegisterProperties() {
+    TransformNode::RegisterProperties();
+    PropertyList& list = OwnProperties();
+    list.Add("width", width);
+    list.Add("height", height);
+    list.Add("color", color);
+    list.Add("texture", textureProperty_);
+}
+
+bool Sprite::IsSelect(GraphicsDevice& device) {
+    const RealFixed zero{};
+    const RealFixed right = RealFixed::FromInt(width.Get());
+    const RealFixed bottom = RealFixed::FromInt(height.Get());
+    const Vector4T<RealFixed> corners[4] = {{zero, zero, zero, kOne<RealFixed>},
+                                            {right, zero, zero, kOne<RealFixed>},
+                                            {right, bottom, zero, kOne<RealFixed>},
+                                            {zero, bottom, zero, kOne<RealFixed>}};
+    Point projected[4];
+    for (int i = 0; i < 4; ++i) {
+        projected[i] = device.ProjectCoordinate(GetWorldMatrix(), corners[i]);
+    }
+    const Vector2T<RealFixed> asked = device.GetSelectionPoint();
+    const Point point{DoubleRealFixed::FromReal(asked.x), DoubleRealFixed::FromReal(asked.y)};
+    int inside = 0;
+    for (int i = 0; i < 4; ++i) {
+        inside += Side(projected[i], projected[(i + 1) % 4], point) >= 0 ? 1 : -1;
+    }
+    return inside == 4 || inside == -4;
+}
+
+Texture* Sprite::GetTexture() {
+    return texture_.Get();
+}
+
+void Sprite::SetTexture(Texture* texture) {
+    texture_ = RefT<Texture>(texture);
+}
+
+bool Sprite::TextureProperty::Load(Deserializer& reader, char const* key) {
+    RefT<Texture> texture;
+    if (reader.Read(key, texture)) {
+        sprite_.texture_ = texture;
+    }
+    return !reader.Failed();
+}
+
+void Sprite::TextureProperty::Save(Serializer& writer, char const* key) const {
+    writer.Write(key, sprite_.texture_);
+}
+
+bool Sprite::TextureProperty::LoadKey(Deserializer& reader, char const* key, KeyValue& value) const {
+    if (!reader.Read(key, value.texture)) {
+        reader.Fail(key, "a key needs a texture or null");
+        return false;
+    }
+    return true;
+}
+
+void Sprite::TextureProperty::SaveKey(Serializer& writer, char const* key, KeyValue const& value) const {
+    writer.Write(key, value.texture);
+}
+
+void Sprite::TextureProperty::Apply(KeyValue const& value) {
+    if (value.texture.Get() != sprite_.GetTexture()) {
+        sprite_.SetTexture(value.texture.Get());
+    }
+}
+
+}  // namespace zorvan

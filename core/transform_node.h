@@ -1,0 +1,85 @@
+// A node with a place in space, opacity and a transfer mode. On its own it groups its children.
+#pragma once
+
+#include "core/mask.h"
+#include "core/node.h"
+
+namespace zorvan {
+
+// Transfer mode of a node that has none.
+inline constexpr uint32_t kNoTransferMode = 0xFFFFFFFFu;
+// Number of transfer modes: 0 to 36.
+inline constexpr uint32_t kTransferModeCount = 37;
+// Effect key of a device with no transfer mode in force, and the step to the next key.
+inline constexpr uint32_t kEffectKeyBasis = 0x811C9DC5u;
+inline constexpr uint32_t kEffectKeyPrime = 16777619u;
+
+class ZORVAN_CORE_API TransformNode : public Node {
+  public:
+    TransformNode() = default;
+    TransformNode(TransformNode const& other);
+    ~TransformNode() override;
+
+    Node* Clone() override;
+    char const* GetClassName() override;
+    ClassId GetClassId() override;
+    void Visit(Visitor& visitor) override;
+    Node* CloneDeep() override;
+    bool IsKindOf(ClassId id) override;
+    Matrix4T<RealFixed> const& GetWorldMatrix() const override;
+    // Draws this node, then its children; in the device's selection mode asks instead of drawing.
+    void Render(GraphicsDevice& device) override;
+
+  protected:
+    void RegisterProperties() override;
+    void InternalUpdate(GraphicsDevice& device, RealFixed const& time, RealFixed const& delta,
+                        bool force) override;
+    void InternalRender(GraphicsDevice& device) override;
+    // Pushes this node on the device's list of selected nodes when IsSelect says so.
+    void InternalSelect(GraphicsDevice& device) override;
+    void InternalSave(Serializer& writer) override;
+    bool InternalLoad(Deserializer& reader) override;
+
+  public:
+    // Takes a reference; null is ignored.
+    virtual void AddMask(Mask* mask);
+
+  protected:
+    // World matrix from the own place and the parent's world matrix.
+    virtual void CalculateTransform();
+    // Whether the device's selection point lies on what this node draws.
+    virtual bool IsSelect(GraphicsDevice& device);
+
+  public:
+    // Put this node's transfer mode in force on the device and take it back. Calls nest; only the
+    // outermost pair changes the device, and a node without a transfer mode changes nothing.
+    void PushEffect(GraphicsDevice& device);
+    void PopEffect(GraphicsDevice& device);
+
+    List<Mask*>& GetMasks() { return masks_; }
+
+    PropertyT<Vector3T<RealFixed>> position{OwnProperties()};
+    // Degrees about x, then y, then z.
+    PropertyT<Vector3T<RealFixed>> rotation{OwnProperties()};
+    PropertyT<Vector3T<RealFixed>> scale{OwnProperties(),
+                                         {kOne<RealFixed>, kOne<RealFixed>, kOne<RealFixed>}};
+    // The point that position, rotation and scale take hold of.
+    PropertyT<Vector3T<RealFixed>> origin{OwnProperties()};
+    PropertyT<RealFixed> opacity{OwnProperties(), kOne<RealFixed>};
+    // 0 to 36, or kNoTransferMode.
+    PropertyT<uint32_t> transferMode{OwnProperties(), kNoTransferMode};
+    // True draws with the default camera unless a timeline above says otherwise.
+    PropertyT<bool> depth{OwnProperties(), false};
+
+  protected:
+    // Set by classes whose InternalRender renders the children itself.
+    bool rendersChildren_ = false;
+
+  private:
+    List<Mask*> masks_;
+    Matrix4T<RealFixed> worldMatrix_ = Matrix4T<RealFixed>::Identity;
+    uint32_t effectDepth_ = 0;
+    bool effectPushed_ = false;
+};
+
+}  // namespace zorvan
