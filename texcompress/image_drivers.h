@@ -1,0 +1,76 @@
+// The loops over an image's blocks, in raster order and in batches of tiles on the stack.
+#ifndef ZORVAN_TEXCOMPRESS_IMAGE_DRIVERS_H
+#define ZORVAN_TEXCOMPRESS_IMAGE_DRIVERS_H
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "texcompress/source_pixels.h"
+#include "texcompress/tile.h"
+
+namespace zorvan::texcompress {
+
+/// Tiles that are handed to a kernel at once, at most.
+inline constexpr size_t kBatchTiles = 16;
+
+/// Decoded pixels in the caller's memory, packed.
+struct PixelTarget {
+    uint8_t* pixels;
+    uint32_t width, height;
+    uint32_t bytesPerPixel;  ///< 3, or 4 with alpha
+    uint32_t order;          ///< TXC_ORDER_RGB or TXC_ORDER_BGR
+};
+
+/// Writes the pixels of a tile that lie inside the target.
+void ScatterTile(const Tile& tile, const PixelTarget& target, uint32_t x, uint32_t y);
+
+/// Calls visit(column, row, count) for runs of up to kBatchTiles blocks that cover width x height
+/// pixels, in raster order; column and row are those of the first block, in blocks.
+template <typename Visit>
+void ForEachBatch(uint32_t width, uint32_t height, Visit visit) {
+    const uint32_t columns = width / kTileSize + (width % kTileSize != 0);
+    const uint32_t rows = height / kTileSize + (height % kTileSize != 0);
+    if (columns == 0) {
+        return;
+    }
+    for (uint32_t row = 0; row < rows; ++row) {
+        for (uint32_t column = 0; column < columns; column += kBatchTiles) {
+            visit(column, row, std::min<size_t>(kBatchTiles, columns - column));
+        }
+    }
+}
+
+/// Gathers an image's tiles and calls encode(tiles, count, blocks) for each run of them. blocks
+/// receives blockBytes bytes per block.
+template <typename Encode>
+void EncodeTiles(const SourcePixels& source, size_t blockBytes, void* blocks, Encode encode) {
+    std::array<Tile, kBatchTiles> tiles{};
+    auto* out = static_cast<uint8_t*>(blocks);
+    ForEachBatch(source.Width(), source.Height(), [&](uint32_t column, uint32_t row, size_t count) {
+        for (uint32_t i = 0; i < count; ++i) {
+            source.Gather((column + i) * kTileSize, row * kTileSize, tiles[i]);
+        }
+        encode(tiles.data(), count, out);
+        out += count * blockBytes;
+    });
+}
+
+/// Calls decode(blocks, count, tiles) for each run of blocks and writes the tiles to the target. What
+/// decode leaves alone in a tile is 0.
+template <typename Decode>
+void DecodeTiles(const uint8_t* blocks, size_t blockBytes, const PixelTarget& target, Decode decode) {
+    std::array<Tile, kBatchTiles> tiles{};
+    ForEachBatch(target.width, target.height, [&](uint32_t column, uint32_t row, size_t count) {
+        decode(blocks, count, tiles.data());
+        for (uint32_t i = 0; i < count; ++i) {
+            ScatterTile(tiles[i], target, (column + i) * kTileSize, row * kTileSize);
+        }
+        blocks += count * blockBytes;
+    });
+}
+
+}  // namespace zorvan::texcompress
+
+#endif  // ZORVAN_TEXCOMPRESS_IMAGE_DRIVERS_H

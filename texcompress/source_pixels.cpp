@@ -1,0 +1,76 @@
+#include "texcompress/source_pixels.h"
+
+#include <algorithm>
+
+namespace zorvan::texcompress {
+
+uint8_t ChannelMask::Widen(uint32_t word) const {
+    if (bits_ > 8) {
+        return 0;
+    }
+    const uint32_t value = Extract(word) << (8 - bits_) & 0xFF;
+    return static_cast<uint8_t>(value | value >> bits_);
+}
+
+SourcePixels::SourcePixels(const void* pixels, uint32_t maskR, uint32_t maskG, uint32_t maskB, uint32_t maskA,
+                           uint32_t width, uint32_t height, uint32_t pitch, AlphaDepth alphaDepth,
+                           PixelFetch fetch)
+    : pixels_(static_cast<const uint8_t*>(pixels)),
+      width_(width),
+      height_(height),
+      pitch_(pitch),
+      r_(maskR),
+      g_(maskG),
+      b_(maskB),
+      a_(maskA),
+      bytesPerPixel_((r_.Bits() + g_.Bits() + b_.Bits() + a_.Bits() + 7) / 8),
+      bytesRead_(std::min(bytesPerPixel_, 4u)),
+      alphaDepth_(alphaDepth) {
+    const bool fetched = fetch == PixelFetch::kAnySize || (bytesPerPixel_ >= 2 && bytesPerPixel_ <= 4);
+    if (!fetched) {
+        bytesRead_ = 0;
+    }
+}
+
+uint32_t SourcePixels::PixelWord(uint32_t x, uint32_t y) const {
+    const uint8_t* pixel =
+        pixels_ + static_cast<size_t>(y) * pitch_ + static_cast<size_t>(x) * bytesPerPixel_;
+    uint32_t word = 0;
+    for (uint32_t i = 0; i < bytesRead_; ++i) {
+        word |= static_cast<uint32_t>(pixel[i]) << (8 * i);
+    }
+    return word;
+}
+
+uint8_t SourcePixels::Alpha(uint32_t word) const {
+    const bool eightBits = alphaDepth_ == AlphaDepth::kEightBits;
+    const uint8_t opaque = eightBits ? 255 : 15;
+    const uint32_t value = a_.Extract(word);
+    switch (a_.Bits()) {
+        case 0:
+            return opaque;
+        case 1:
+            return value != 0 ? opaque : 0;
+        case 4:
+            return static_cast<uint8_t>(eightBits ? value << 4 | value : value);
+        case 8:
+            return static_cast<uint8_t>(eightBits ? value : value >> 4);
+        default:
+            return 0;
+    }
+}
+
+void SourcePixels::Gather(uint32_t x, uint32_t y, Tile& tile) const {
+    for (uint32_t k = 0; k < kTilePixels; ++k) {
+        // The distances to the edges are compared, as x and y may be near the end of their range.
+        const uint32_t column = x + std::min(k % kTileSize, width_ - 1 - x);
+        const uint32_t row = y + std::min(k / kTileSize, height_ - 1 - y);
+        const uint32_t word = PixelWord(column, row);
+        tile.rgb[k] = {r_.Widen(word), g_.Widen(word), b_.Widen(word)};
+        if (alphaDepth_ != AlphaDepth::kNone) {
+            tile.alpha[k] = Alpha(word);
+        }
+    }
+}
+
+}  // namespace zorvan::texcompress

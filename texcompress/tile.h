@@ -1,0 +1,63 @@
+// The 4x4 tile that every block codec works on.
+#ifndef ZORVAN_TEXCOMPRESS_TILE_H
+#define ZORVAN_TEXCOMPRESS_TILE_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace zorvan::texcompress {
+
+inline constexpr uint32_t kTileSize = 4;     ///< pixels on one side
+inline constexpr uint32_t kTilePixels = 16;  ///< pixels of one tile
+
+/// One pixel, 8 bits per channel; r, g and b are channels 0, 1 and 2.
+struct Rgb {
+    uint8_t r, g, b;
+    bool operator==(const Rgb&) const = default;
+};
+
+/// 16 pixels in row order: pixel k lies in row k / 4, column k % 4.
+using RgbTile = std::array<Rgb, kTilePixels>;
+
+/// 16 values of one channel, in the order of RgbTile.
+using ChannelTile = std::array<uint8_t, kTilePixels>;
+
+/// What the image drivers hand to the block kernels and get back from them.
+struct Tile {
+    RgbTile rgb;
+    ChannelTile alpha;
+};
+
+/// Bytes of one colour, alpha or single-channel block.
+inline constexpr size_t kBlockBytes = 8;
+
+/// Reads a little-endian 32-bit word.
+inline uint32_t LoadWord(const uint8_t* bytes) {
+    return bytes[0] | static_cast<uint32_t>(bytes[1]) << 8 | static_cast<uint32_t>(bytes[2]) << 16 |
+           static_cast<uint32_t>(bytes[3]) << 24;
+}
+
+/// Writes a little-endian 32-bit word.
+inline void StoreWord(uint8_t* bytes, uint32_t word) {
+    for (int i = 0; i < 4; ++i) {
+        bytes[i] = static_cast<uint8_t>(word >> (8 * i));
+    }
+}
+
+/// Reads a big-endian 32-bit word.
+inline uint32_t LoadBigEndianWord(const uint8_t* bytes) {
+    return bytes[3] | static_cast<uint32_t>(bytes[2]) << 8 | static_cast<uint32_t>(bytes[1]) << 16 |
+           static_cast<uint32_t>(bytes[0]) << 24;
+}
+
+/// Writes a big-endian 32-bit word.
+inline void StoreBigEndianWord(uint8_t* bytes, uint32_t word) {
+    for (int i = 0; i < 4; ++i) {
+        bytes[i] = static_cast<uint8_t>(word >> (24 - 8 * i));
+    }
+}
+
+}  // namespace zorvan::texcompress
+
+#endif  // ZORVAN_TEXCOMPRESS_TILE_H
