@@ -1,0 +1,250 @@
+// Entry point, descriptor queries and checks.
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+#include "texconv/image.h"
+
+namespace QXTextureConverter {
+
+namespace {
+
+constexpr std::uint32_t kModeQuiet = 1;
+constexpr std::uint32_t kModeVersion = 2;
+
+// Little-endian, whatever the alignment.
+void StoreWord(std::uint8_t* bytes, std::uint32_t word) {
+    for (unsigned i = 0; i < 4; ++i) {
+        bytes[i] = static_cast<std::uint8_t>(word >> (8 * i));
+    }
+}
+
+// Words that replace a table value only where nonzero.
+std::uint32_t Override(std::uint32_t word, std::uint32_t tableValue) {
+    return word != 0 ? word : tableValue;
+}
+
+std::uint32_t BlockCount(const TQonvertImage& image) {
+    const std::uint64_t columns = (std::uint64_t{image.nWidth} + 3) / 4;
+    const std::uint64_t rows = (std::uint64_t{image.nHeight} + 3) / 4;
+    return static_cast<std::uint32_t>(columns * rows);
+}
+
+// Unpadded indices after the colour table. The bit count may pass 64 bits; the low 35 bits that
+// the result needs survive that.
+std::uint32_t PaletteImageSize(const FormatInfo& format, const TQonvertImage& image) {
+    const std::uint64_t indexBits = std::uint64_t{image.nWidth} * image.nHeight * format.bitsPerPixel;
+    const std::uint64_t tableBits = std::uint64_t{format.paletteBits} << format.bitsPerPixel;
+    return static_cast<std::uint32_t>((indexBits + 7) / 8 + tableBits / 8);
+}
+
+}  // namespace
+
+CImage::CImage(TQonvertImage* source, TQonvertImage* destination) : m_pSrc(source), m_pDst(destination) {}
+
+CImage::~CImage() {
+    std::free(m_pBuffer);
+}
+
+std::uint32_t CImage::ImgInfo(const TQonvertImage* image, TInfo what) {
+    if (image == nullptr) {
+        return 0;
+    }
+    static constexpr FormatInfo kUnsupported{};
+    const FormatInfo* format = FindFormat(image->nFormat);
+    if (format == nullptr) {
+        Verbose("ImgInfo unsupported pInput->nFormat");
+        format = &kUnsupported;
+    }
+    static constexpr TFormatFlags kNoFlags{};
+    const bool present = image->pFormatFlags != nullptr;
+    const TFormatFlags& flags = present ? *image->pFormatFlags : kNoFlags;
+
+    switch (what) {
+        case INFO_BPP:
+            return format->bitsPerPixel;
+        case INFO_ALPHA:
+            return format->alpha;
+        case INFO_PALETTE_BITS:
+            return format->paletteBits;
+        case INFO_COMPRESSED:
+            return format->IsCompressed();
+        case INFO_FLOAT:
+            return format->IsFloat();
+        case INFO_STRIDE: {
+            const std::uint64_t bits = std::uint64_t{format->bitsPerPixel} * image->nWidth;
+            return Override(flags.nStride, static_cast<std::uint32_t>((bits + 7) / 8));
+        }
+        case INFO_MASK_R:
+            return Override(flags.nMaskRed, format->masks.red);
+        case INFO_MASK_G:
+            return Override(flags.nMaskGreen, format->masks.green);
+        case INFO_MASK_B:
+            return Override(flags.nMaskBlue, format->masks.blue);
+        case INFO_MASK_A:
+            return Override(flags.nMaskAlpha, format->masks.alpha);
+        case INFO_MIRROR_X:
+            return flags.nMirrorX;
+        case INFO_FLIP_Y:
+            return flags.nFlipY;
+        case INFO_FAST_COMPRESS:
+            return flags.nFastCompress;
+        case INFO_SCALE_FILTER:
+            return flags.nScaleFilter;
+        case INFO_BUMPMAP:
+            return flags.nBumpmap;
+        case INFO_BUMPMAP_HEIGHT:
+            return present ? flags.nBumpmapHeight : 10;
+        case INFO_BUMPMAP_WRAP:
+            return flags.nBumpmapWrap;
+        case INFO_MODE:
+            return flags.nMode;
+    }
+    Verbose("ImgInfo missing info field");
+    return 0;
+}
+
+std::uint32_t CImage::ImgSize(const TQonvertImage* image) {
+    const FormatInfo* format = image != nullptr ? FindFormat(image->nFormat) : nullptr;
+    if (format == nullptr) {
+        Verbose("ImgSize missing format");
+        return 0;
+    }
+    switch (format->formatClass) {
+        case FormatClass::kCompressed:
+            return BlockCount(*image) * (2 * format->bitsPerPixel);  // sixteen pixels a block
+        case FormatClass::kPalette:
+            return PaletteImageSize(*format, *image);
+        case FormatClass::kPlain:
+        case FormatClass::kFloat:
+            break;
+    }
+    return image->nHeight * ImgInfo(image, INFO_STRIDE);
+}
+
+TCheck CImage::Input_Check() {
+    if (ImgInfo(m_pSrc, INFO_MODE) == kModeQuiet || ImgInfo(m_pDst, INFO_MODE) == kModeQuiet) {
+        m_bVerbose = false;
+    }
+    if (ImgInfo(m_pSrc, INFO_MODE) == kModeVersion || ImgInfo(m_pDst, INFO_MODE) == kModeVersion) {
+        return CHECK_VERSION;
+    }
+    if (m_pDst == nullptr || m_pDst->pData == nullptr) {
+        return CHECK_DATASIZE;
+    }
+    if (m_pDst->nDataSize < ImgSize(m_pDst)) {
+        Verbose("m_pDst->nDataSize is to small");
+    }
+    if (m_pSrc != nullptr && m_pSrc->nWidth == 0) {
+        Verbose("m_pSrc->nWidth == 0");
+    }
+    if (m_pSrc != nullptr && m_pSrc->nHeight == 0) {
+        Verbose("m_pSrc->nHeight == 0");
+    }
+    if (m_pSrc != nullptr && m_pSrc->nDataSize < ImgSize(m_pSrc)) {
+        Verbose("m_pSrc->nDataSize is smaller then the format suggests");
+    }
+    if (m_pSrc == nullptr || m_pSrc->pData == nullptr) {
+        Verbose("m_pSrc->pData == NULL");
+    }
+    const bool floats = ImgInfo(m_pSrc, INFO_FLOAT) != 0 && ImgInfo(m_pDst, INFO_FLOAT) != 0;
+    return floats ? CHECK_FLOAT : CHECK_GENERIC;
+}
+
+std::uint32_t CImage::Output_DataSize() {
+    const std::uint32_t size = ImgSize(m_pDst);
+    if (m_pDst != nullptr) {
+        m_pDst->nDataSize = size;
+    }
+    return size;
+}
+
+void CImage::Output_Version() {
+    if (m_pDst == nullptr) {
+        return;
+    }
+    if (m_pDst->nDataSize < 4) {
+        Verbose("nDataSize not large enough to hold version number. Should be sizeof(unsigned int)");
+    }
+    if (m_pDst->pData != nullptr) {
+        StoreWord(m_pDst->pData, QONVERT_VERSION);
+    }
+}
+
+void CImage::Verbose(const char* message) {
+    if (m_bVerbose) {
+        std::fprintf(stderr, "QXTextureConverter error: %s \n", message);
+    }
+}
+
+unsigned char* CImage::Mem_Malloc(unsigned size) {
+    auto* memory = static_cast<unsigned char*>(std::malloc(std::max(size, 1u)));
+    if (memory == nullptr) {
+        Verbose("Could not create memory");
+    }
+    return memory;
+}
+
+std::uint64_t CImage::DataLimit(const TQonvertImage* image) {
+    return std::max(image->nDataSize, FindFormat(image->nFormat) != nullptr ? ImgSize(image) : 0);
+}
+
+ChannelMasks CImage::Masks(const TQonvertImage* image) {
+    return {ImgInfo(image, INFO_MASK_R), ImgInfo(image, INFO_MASK_G), ImgInfo(image, INFO_MASK_B),
+            ImgInfo(image, INFO_MASK_A)};
+}
+
+unsigned char* CImage::AllocateImage(std::uint32_t width, std::uint32_t height, std::uint32_t bytesPerPixel) {
+    const std::uint64_t pixels = std::uint64_t{width} * height;
+    if (pixels > UINT32_MAX / bytesPerPixel) {
+        Verbose("Could not create memory");
+        return nullptr;
+    }
+    return Mem_Malloc(static_cast<unsigned>(pixels * bytesPerPixel));
+}
+
+bool CImage::StartWorkingImage(std::uint32_t bytesPerPixel) {
+    SetBuffer(nullptr);
+    if (m_pSrc == nullptr || m_pSrc->pData == nullptr) {
+        return false;
+    }
+    m_nWidth = m_pSrc->nWidth;
+    m_nHeight = m_pSrc->nHeight;
+    m_nBytesPerPixel = bytesPerPixel;
+    m_pBuffer = AllocateImage(m_nWidth, m_nHeight, bytesPerPixel);
+    return m_pBuffer != nullptr;
+}
+
+void CImage::SetBuffer(unsigned char* buffer) {
+    std::free(m_pBuffer);
+    m_pBuffer = buffer;
+}
+
+}  // namespace QXTextureConverter
+
+std::uint32_t Qonvert(TQonvertImage* source, TQonvertImage* destination) {
+    using namespace QXTextureConverter;
+    CImage image(source, destination);
+    switch (image.Input_Check()) {
+        case CHECK_GENERIC:
+            image.Input_ToGeneric();
+            image.Generic_Flip();
+            image.Generic_Scale();
+            image.Generic_Bumpmap();
+            image.Output_Generic();
+            break;
+        case CHECK_FLOAT:
+            image.Input_ToFloat();
+            image.Float_Flip();
+            image.Float_Scale();
+            image.Output_Float();
+            break;
+        case CHECK_DATASIZE:
+            image.Output_DataSize();
+            break;
+        case CHECK_VERSION:
+            image.Output_Version();
+            break;
+    }
+    return 0;
+}
