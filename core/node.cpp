@@ -1,10 +1,19 @@
 #include "core/node.h"
 
-#include "core/class_registry.h"
-#include "core/sprite.h"
-#include "core/transform_node.h"
-
 namespace zorvan {
+namespace {
+
+// Scenes name the classes of the core; those of a back end carry its suffix.
+std::string CoreClassName(Node& node) {
+    std::string name = node.GetClassName();
+    constexpr std::string_view kSuffix = "GL";
+    if (name.size() > kSuffix.size() && name.ends_with(kSuffix)) {
+        name.resize(name.size() - kSuffix.size());
+    }
+    return name;
+}
+
+}  // namespace
 
 Node::~Node() {
     for (Node* child : children_) {
@@ -64,14 +73,15 @@ bool Node::Insert(Node* child, uint32_t index) {
         for (uint32_t i = 0; i < children_.Count(); ++i) {
             if (children_[i] == child && i != index) {
                 children_.RemoveAt(i);
+                Release(child);
                 break;
             }
         }
-        Release(child);
     } else if (child->parent_ != nullptr) {
         child->parent_->Detach(child);
     }
     child->SetParent(this);
+    TreeChanged();
     return true;
 }
 
@@ -81,9 +91,16 @@ bool Node::Detach(Node* child) {
         return false;
     }
     children_.RemoveAt(index);
+    TreeChanged();
     child->SetParent(nullptr);
     Release(child);
     return true;
+}
+
+void Node::TreeChanged() {
+    for (Node* node = this; node != nullptr; node = node->parent_) {
+        ++node->treeVersion_;
+    }
 }
 
 void Node::SetParent(Node* parent) {
@@ -124,6 +141,7 @@ void Node::InternalRender(GraphicsDevice&) {}
 void Node::InternalSelect(GraphicsDevice&) {}
 
 void Node::Save(Serializer& writer) {
+    writer.Write("class", CoreClassName(*this));
     if (!name.empty()) {
         writer.Write("name", name);
     }

@@ -83,6 +83,9 @@ class ZORVAN_CORE_API Node : public Referenced {
     // Own opacity times the ancestors', of the last update; 1.0 for a plain node.
     RealFixed GetEffectiveOpacity() const { return effectiveOpacity_; }
 
+    // Changes whenever a node joins or leaves the subtree below this node.
+    uint32_t GetTreeVersion() const { return treeVersion_; }
+
     // UTF-8; tracks find their nodes by it.
     std::string name;
 
@@ -95,18 +98,21 @@ class ZORVAN_CORE_API Node : public Referenced {
   private:
     static void RegisterOwner(void* owner) { static_cast<Node*>(owner)->RegisterProperties(); }
     bool Insert(Node* child, uint32_t index);
+    void TreeChanged();
 
     PropertyList properties_;
     Node* parent_ = nullptr;
     List<Node*> children_;
     void* userData_ = nullptr;
+    uint32_t treeVersion_ = 0;
 };
 
 // Appends copies of source's children to copy and returns copy.
 ZORVAN_CORE_API Node* CloneChildren(Node& source, Node* copy);
 
 // Creates and loads the node that the reader's current object describes; its "class" names the core
-// class. Null after an error. The caller holds no reference yet.
-ZORVAN_CORE_API Node* LoadNode(Deserializer& reader);
+// class and may be left out where impliedClass gives it. Null after an error. The caller holds no
+// reference yet.
+ZORVAN_CORE_API Node* LoadNode(Deserializer& reader, char const* impliedClass = nullptr);
 
 }  // namespace zorvan

@@ -79,6 +79,12 @@ class ZORVAN_CORE_API Texture : public Referenced {
     // After a change to or from a block format the level table must describe the other data.
     void FormatChanged(uint32_t const& newFormat);
 
+    bool LoadSizes(Deserializer& reader, SizeT<int32_t> stored, SizeT<int32_t> used);
+    bool LoadLevels(Deserializer& reader);
+    bool LoadLevel(Deserializer& reader, uint32_t index, std::vector<uint8_t>& bytes,
+                   List<TextureLevel>& table);
+    bool TakePixels(Deserializer& reader, std::vector<uint8_t> const& bytes, List<TextureLevel> const& table);
+
     // What Save writes and Load read.
     std::string file_;
     bool compress_ = false;

@@ -15,10 +15,13 @@ struct PlaybackMode {
 };
 
 // While it plays, a timeline's frame follows from its parent's time: (time - start) x rate, folded into
-// the length by the playback mode. Nested timelines take the folded time, so they loop with their parent.
+// the length by the playback mode; before its start it holds frame 0. Nested timelines take the folded
+// time, so they loop with their parent. Times are in steps of 1/65536 s: a time less than one step short
+// of a whole frame shows that frame.
 class ZORVAN_CORE_API Timeline : public TransformNode, public Playback {
   public:
-    Timeline();
+    Timeline() { rendersChildren_ = true; }
+    // Copies the camera with its children, and the tracks, which find their nodes in the copy.
     Timeline(Timeline const& other);
     ~Timeline() override;
 
@@ -29,7 +32,7 @@ class ZORVAN_CORE_API Timeline : public TransformNode, public Playback {
 
   protected:
     void RegisterProperties() override;
-    // The camera, then the tracks at the current frame, then the children.
+    // The tracks at the current frame, then the own place, the camera that stands on it, the children.
     void InternalUpdate(GraphicsDevice& device, RealFixed const& time, RealFixed const& delta,
                         bool force) override;
     // Renders the children.
@@ -39,12 +42,14 @@ class ZORVAN_CORE_API Timeline : public TransformNode, public Playback {
     void InternalSave(Serializer& writer) override;
 
   public:
-    // Attaches a node and brings it up to date with the next update, tracks included.
+    // Attaches a node; the tracks that name it or its descendants move them from the next update on.
     virtual bool AttachAndUpdate(Node* node);
+    // Goes on from the current frame, in the direction it had.
     void Play() override;
     void Stop() override;
     // In frames, from 0 to the length.
     RealFixed GetFrame() const override;
+    // Jumps to a frame, limited to the length, and goes on from there when playing.
     void SetFrame(RealFixed const& frame) override;
     // Puts the timeline at a time of its parent and updates its subtree, whether it plays or not.
     virtual void UpdateSynchronous(GraphicsDevice& device, RealFixed const& time);
@@ -52,14 +57,14 @@ class ZORVAN_CORE_API Timeline : public TransformNode, public Playback {
   protected:
     // Sets the frame from the parent's time in seconds; delta is the time since the last update.
     virtual void ProcessPlaybackMode(RealFixed const& time, RealFixed const& delta);
-    // Applies every bound track at the current frame.
+    // Binds the tracks when the subtree changed, and applies them at the current frame.
     virtual void UpdateTree(GraphicsDevice& device);
     // Binds the tracks to the properties of the nodes that they name.
     virtual void BuildUpdateTree();
 
   public:
     Camera* GetCamera() const { return camera_.Get(); }
-    // Takes a reference; null for none.
+    // Takes a reference and becomes the camera's parent; null for none. Ignores an ancestor.
     void SetCamera(Camera* camera);
     bool IsPlaying() const { return playing_; }
     std::vector<Track> const& GetTracks() const { return tracks_; }
@@ -76,9 +81,20 @@ class ZORVAN_CORE_API Timeline : public TransformNode, public Playback {
     RefT<Camera> camera_;
 
   private:
+    // Frames since the start at a time of the parent, in 1/65536.
+    int64_t FramesAt(RealFixed time) const;
+    // The position folded into the length, in 1/65536 frames.
+    int64_t FoldedPosition() const;
+    void JumpTo(int64_t target);
+    bool LoadMode(Deserializer& reader);
+    bool LoadCamera(Deserializer& reader);
+    bool LoadTracks(Deserializer& reader);
+
     std::vector<Track> tracks_;
-    RealFixed frame_;
+    int64_t position_ = 0;  // frames without folding, in 1/65536
+    int64_t jump_ = 0;      // what stops and jumps added to the frames since the start
     RealFixed lastTime_;
+    uint32_t boundVersion_ = 0;  // of the tree to which the tracks are bound
     bool playing_ = true;
     bool bound_ = false;
 };

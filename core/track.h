@@ -2,10 +2,13 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "core/api.h"
 #include "core/property.h"
+#include "core/texture.h"
 
 namespace zorvan {
 
@@ -18,18 +21,23 @@ struct TrackKey {
     KeyValue value;
 };
 
+// The nodes of a subtree by name: of several with one name the first in drawing order.
+using NodeNames = std::unordered_map<std::string_view, Node*>;
+
 // Keys of one property of one node, in rising order of frames. Before the first and after the last key
 // their values hold.
 class ZORVAN_CORE_API Track {
   public:
-    // Reads a track from the reader's current object: "node" (a name inside root's subtree, or none for
-    // root itself), "property", "interpolation" and "keys". False after an error.
-    bool Load(Deserializer& reader, Node& root);
+    // Reads a track from the reader's current object: "node" (one of names, or none for root), "property",
+    // "interpolation" and "keys". False after an error.
+    bool Load(Deserializer& reader, Node& root, NodeNames const& names);
     void Save(Serializer& writer) const;
 
-    // Finds the node and the property in root's subtree; false when there are none.
-    bool Bind(Node& root);
-    // Sets the bound property to its value at a frame; nothing when not bound.
+    // Finds the node and the property; false when there are none. Both must live until the next Bind
+    // or the last Apply.
+    bool Bind(Node& root, NodeNames const& names);
+    // Sets the bound property to its value at a frame. Sets nothing when not bound, or when the value is
+    // the one of the last call.
     void Apply(RealFixed frame);
 
     std::string nodeName;  // empty for the timeline itself
@@ -38,9 +46,19 @@ class ZORVAN_CORE_API Track {
     std::vector<TrackKey> keys;
 
   private:
-    RefT<Node> node_;
+    static constexpr size_t kNone = static_cast<size_t>(-1);
+
+    bool LoadKeys(Deserializer& reader);
+    bool LoadKey(Deserializer& reader);
+    // Index of the last key at or before a frame; 0 before the first.
+    size_t KeyAt(RealFixed frame) const;
+    void ApplyBlend(size_t key, RealFixed frame);
+
     PropertyBase* property_ = nullptr;
-    size_t last_ = 0;  // the key that held last time: time mostly moves on a little
+    size_t current_ = 0;      // the key that held last time: time mostly moves on a little
+    size_t applied_ = kNone;  // the key whose value was set last, kNone after a blend
+    RealFixed blended_[4];    // the blend that was set last
+    bool isBlended_ = false;
 };
 
 }  // namespace zorvan

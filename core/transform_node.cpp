@@ -59,6 +59,10 @@ Matrix LocalMatrix(TransformNode const& node) {
 
 }  // namespace
 
+std::string TransferModeError(uint32_t mode) {
+    return "got " + std::to_string(mode) + ", expected 0 to 36 or \"none\"";
+}
+
 TransformNode::TransformNode(TransformNode const& other)
     : Node(other),
       position(OwnProperties(), other.position.Get()),
@@ -123,14 +127,22 @@ void TransformNode::RegisterProperties() {
 
 void TransformNode::InternalUpdate(GraphicsDevice& device, RealFixed const& time, RealFixed const& delta,
                                    bool force) {
-    const bool changed = OwnProperties().TakeTouched() || force;
-    if (changed) {
-        CalculateTransform();
-        Node const* parent = GetParent();
-        effectiveOpacity_ = parent == nullptr ? opacity.Get() : opacity.Get() * parent->GetEffectiveOpacity();
+    UpdateChildren(device, time, delta, UpdateOwn(force));
+}
+
+bool TransformNode::UpdateOwn(bool force) {
+    if (!OwnProperties().TakeTouched() && !force) {
+        return false;
     }
+    CalculateTransform();
+    Node const* parent = GetParent();
+    effectiveOpacity_ = parent == nullptr ? opacity.Get() : opacity.Get() * parent->GetEffectiveOpacity();
+    return true;
+}
+
+void TransformNode::UpdateChildren(GraphicsDevice& device, RealFixed time, RealFixed delta, bool force) {
     PushEffect(device);
-    Node::InternalUpdate(device, time, delta, changed);
+    Node::InternalUpdate(device, time, delta, force);
     PopEffect(device);
 }
 
@@ -144,6 +156,9 @@ void TransformNode::CalculateTransform() {
 
 void TransformNode::Render(GraphicsDevice& device) {
     if (device.IsSelecting()) {
+        if (IsSelect(device)) {
+            device.PushSelected(this);
+        }
         InternalSelect(device);
     } else {
         InternalRender(device);
@@ -157,12 +172,6 @@ void TransformNode::Render(GraphicsDevice& device) {
 }
 
 void TransformNode::InternalRender(GraphicsDevice&) {}
-
-void TransformNode::InternalSelect(GraphicsDevice& device) {
-    if (IsSelect(device)) {
-        device.PushSelected(this);
-    }
-}
 
 bool TransformNode::IsSelect(GraphicsDevice&) {
     return false;
@@ -203,9 +212,8 @@ void TransformNode::InternalSave(Serializer& writer) {
 }
 
 bool TransformNode::InternalLoad(Deserializer& reader) {
-    if (transferMode.Get() != kNoTransferMode && transferMode.Get() >= kTransferModeCount) {
-        reader.Fail("transferMode", "got " + std::to_string(transferMode.Get()) +
-                                        ", expected 0 to 36, or 4294967295 for none");
+    if (!IsTransferMode(transferMode.Get())) {
+        reader.Fail("transferMode", TransferModeError(transferMode.Get()));
         return false;
     }
     uint32_t masks = 0;

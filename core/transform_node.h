@@ -10,6 +10,11 @@ namespace zorvan {
 inline constexpr uint32_t kNoTransferMode = 0xFFFFFFFFu;
 // Number of transfer modes: 0 to 36.
 inline constexpr uint32_t kTransferModeCount = 37;
+constexpr bool IsTransferMode(uint32_t mode) {
+    return mode < kTransferModeCount || mode == kNoTransferMode;
+}
+// What to report for a number that is no transfer mode.
+ZORVAN_CORE_API std::string TransferModeError(uint32_t mode);
 // Effect key of a device with no transfer mode in force, and the step to the next key.
 inline constexpr uint32_t kEffectKeyBasis = 0x811C9DC5u;
 inline constexpr uint32_t kEffectKeyPrime = 16777619u;
@@ -27,7 +32,8 @@ class ZORVAN_CORE_API TransformNode : public Node {
     Node* CloneDeep() override;
     bool IsKindOf(ClassId id) override;
     Matrix4T<RealFixed> const& GetWorldMatrix() const override;
-    // Draws this node, then its children; in the device's selection mode asks instead of drawing.
+    // Draws this node, then its children. In the device's selection mode asks instead of drawing, and
+    // pushes this node on the device's list of selected nodes when IsSelect says so.
     void Render(GraphicsDevice& device) override;
 
   protected:
@@ -35,8 +41,6 @@ class ZORVAN_CORE_API TransformNode : public Node {
     void InternalUpdate(GraphicsDevice& device, RealFixed const& time, RealFixed const& delta,
                         bool force) override;
     void InternalRender(GraphicsDevice& device) override;
-    // Pushes this node on the device's list of selected nodes when IsSelect says so.
-    void InternalSelect(GraphicsDevice& device) override;
     void InternalSave(Serializer& writer) override;
     bool InternalLoad(Deserializer& reader) override;
 
@@ -72,6 +76,11 @@ class ZORVAN_CORE_API TransformNode : public Node {
     PropertyT<bool> depth{OwnProperties(), false};
 
   protected:
+    // The two steps of InternalUpdate: the own place and opacity where they or the ancestors' changed
+    // (true then), and the children inside this node's effect.
+    bool UpdateOwn(bool force);
+    void UpdateChildren(GraphicsDevice& device, RealFixed time, RealFixed delta, bool force);
+
     // Set by classes whose InternalRender renders the children itself.
     bool rendersChildren_ = false;
 

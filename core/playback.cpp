@@ -1,0 +1,7 @@
+#include "core/playback.h"
+
+namespace zorvan {
+
+Playback::~Playback() = default;
+
+}  // namespace zorvan

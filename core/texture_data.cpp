@@ -1,0 +1,163 @@
+// Textures in scene data.
+#include <algorithm>
+#include <cstring>
+
+#include "core/texture.h"
+
+namespace zorvan {
+namespace {
+
+constexpr int32_t kLargestSide = 16384;
+
+// By format number; empty for the one that holds no image.
+constexpr char const* kFormatNames[TextureFormat::kCount] = {
+    "rgb565",           "rgba5551", "rgba4444",         "", "rgb888", "rgba8888-uncompressible", "rgba8888",
+    "rgba8888-dynamic", "atc-rgb",  "atc-rgba-explicit"};
+
+std::string FormatList() {
+    std::string list;
+    for (std::string_view name : kFormatNames) {
+        if (!name.empty()) {
+            list += (list.empty() ? "" : ", ") + std::string(name);
+        }
+    }
+    return list;
+}
+
+bool ReadFormat(Deserializer& reader, uint32_t& format) {
+    std::string name;
+    if (!reader.Read("format", name)) {
+        return !reader.Failed();
+    }
+    for (uint32_t i = 0; i < TextureFormat::kCount; ++i) {
+        if (!name.empty() && name == kFormatNames[i]) {
+            format = i;
+            return true;
+        }
+    }
+    reader.Fail("format", "got \"" + name + "\", expected one of " + FormatList());
+    return false;
+}
+
+bool ReadSide(Deserializer& reader, char const* key, int32_t largest, int32_t& side) {
+    if (reader.Read(key, side) && (side < 1 || side > largest)) {
+        reader.Fail(key, "got " + std::to_string(side) + ", expected 1 to " + std::to_string(largest));
+    }
+    return !reader.Failed();
+}
+
+uint32_t HalfSide(uint32_t side, uint32_t level) {
+    return std::max(side >> level, 1u);
+}
+
+}  // namespace
+
+bool Texture::Load(Deserializer& reader) {
+    uint32_t newFormat = TextureFormat::Rgba8888;
+    reader.Read("name", name);
+    if (!ReadFormat(reader, newFormat)) {
+        return false;
+    }
+    format.Set(newFormat);
+    return LoadLevels(reader);
+}
+
+bool Texture::LoadSizes(Deserializer& reader, SizeT<int32_t> stored, SizeT<int32_t> used) {
+    if (!ReadSide(reader, "width", kLargestSide, stored.width) ||
+        !ReadSide(reader, "height", kLargestSide, stored.height)) {
+        return false;
+    }
+    if (stored.width == 0 || stored.height == 0) {
+        reader.Fail(nullptr, "got a texture without \"width\" and \"height\", expected its stored size");
+        return false;
+    }
+    used.width = used.width == 0 ? stored.width : used.width;
+    used.height = used.height == 0 ? stored.height : used.height;
+    if (!ReadSide(reader, "usedWidth", stored.width, used.width) ||
+        !ReadSide(reader, "usedHeight", stored.height, used.height)) {
+        return false;
+    }
+    width.Set(stored.width);
+    height.Set(stored.height);
+    usedWidth.Set(used.width);
+    usedHeight.Set(used.height);
+    return true;
+}
+
+bool Texture::LoadLevels(Deserializer& reader) {
+    if (!LoadSizes(reader, {}, {})) {
+        return false;
+    }
+    if (!reader.Enter("levels")) {
+        reader.Fail(nullptr, "got a texture without \"file\" and \"levels\", expected one of them");
+        return false;
+    }
+    std::vector<uint8_t> bytes;
+    List<TextureLevel> table;
+    const uint32_t count = reader.Count();
+    for (uint32_t i = 0; i < count && reader.Enter(i); ++i) {
+        LoadLevel(reader, i, bytes, table);
+        reader.Leave();
+    }
+    if (count == 0) {
+        reader.Fail(nullptr, "got no levels, expected at least one");
+    }
+    reader.Leave();
+    return !reader.Failed() && TakePixels(reader, bytes, table);
+}
+
+bool Texture::LoadLevel(Deserializer& reader, uint32_t index, std::vector<uint8_t>& bytes,
+                        List<TextureLevel>& table) {
+    std::vector<uint8_t> data;
+    if (!reader.Read("data", data)) {
+        reader.Fail(nullptr, "got a level without \"data\", expected its bytes in base64");
+        return false;
+    }
+    const uint32_t w = HalfSide(static_cast<uint32_t>(width.Get()), index);
+    const uint32_t h = HalfSide(static_cast<uint32_t>(height.Get()), index);
+    const uint32_t size = TextureDataSize(format.Get(), w, h);
+    if (data.size() != size) {
+        reader.Fail("data", "got " + std::to_string(data.size()) + " bytes, expected " +
+                                std::to_string(size) + " for " + std::to_string(w) + "x" + std::to_string(h) +
+                                " pixels");
+        return false;
+    }
+    table.Append({w, h, static_cast<uint32_t>(bytes.size()), size});
+    bytes.insert(bytes.end(), data.begin(), data.end());
+    return true;
+}
+
+bool Texture::TakePixels(Deserializer& reader, std::vector<uint8_t> const& bytes,
+                         List<TextureLevel> const& table) {
+    if (!SizePixelStore(static_cast<uint32_t>(bytes.size()))) {
+        reader.Fail(nullptr, "out of memory for " + std::to_string(bytes.size()) + " bytes");
+        return false;
+    }
+    std::memcpy(pixels.data, bytes.data(), bytes.size());
+    levels = table;
+    return true;
+}
+
+void Texture::Save(Serializer& writer) {
+    if (!name.empty()) {
+        writer.Write("name", name);
+    }
+    writer.Write("format", kFormatNames[format.Get() < TextureFormat::kCount ? format.Get() : 3]);
+    writer.Write("width", width.Get());
+    writer.Write("height", height.Get());
+    writer.Write("usedWidth", usedWidth.Get());
+    writer.Write("usedHeight", usedHeight.Get());
+    if (pixels.data == nullptr) {
+        return;
+    }
+    writer.BeginArray("levels");
+    for (TextureLevel const& level : levels) {
+        writer.BeginObject(nullptr);
+        writer.Write("data", std::vector<uint8_t>(pixels.data + level.offset,
+                                                  pixels.data + level.offset + level.size));
+        writer.EndObject();
+    }
+    writer.EndArray();
+}
+
+}  // namespace zorvan

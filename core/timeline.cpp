@@ -1,0 +1,322 @@
+#include "core/timeline.h"
+
+#include <algorithm>
+
+#include "core/graphics_device.h"
+
+namespace zorvan {
+namespace {
+
+struct ModeName {
+    char const* name;
+    PlaybackMode::Enum mode;
+};
+
+constexpr ModeName kModes[] = {
+    {"once", PlaybackMode::Once}, {"loop", PlaybackMode::Loop}, {"ping-pong", PlaybackMode::PingPong}};
+
+constexpr int64_t kFrame = 65536;
+
+// Remainder with the sign of the divisor.
+int64_t FloorModulo(int64_t value, int64_t divisor) {
+    const int64_t rest = value % divisor;
+    return rest < 0 ? rest + divisor : rest;
+}
+
+// Positions and lengths in 1/65536 frames; a length of 0 folds nothing.
+int64_t Fold(int64_t position, int64_t length, uint32_t mode) {
+    if (length <= 0) {
+        return std::max<int64_t>(position, 0);
+    }
+    switch (mode) {
+        case PlaybackMode::Loop:
+            return FloorModulo(position, length);
+        case PlaybackMode::PingPong: {
+            const int64_t there = FloorModulo(position, 2 * length);
+            return there <= length ? there : 2 * length - there;
+        }
+        default:
+            return std::clamp<int64_t>(position, 0, length);
+    }
+}
+
+RealFixed Saturate(int64_t raw) {
+    return RealFixed::FromRaw(static_cast<int32_t>(std::clamp<int64_t>(raw, INT32_MIN, INT32_MAX)));
+}
+
+Timeline* AsTimeline(Node* node) {
+    return node->IsKindOf(MakeClassId(u"Timeline")) ? static_cast<Timeline*>(node) : nullptr;
+}
+
+void CollectNames(Node* node, NodeNames& names) {
+    if (!node->name.empty()) {
+        names.emplace(node->name, node);
+    }
+    if (Timeline* timeline = AsTimeline(node); timeline != nullptr && timeline->GetCamera() != nullptr) {
+        CollectNames(timeline->GetCamera(), names);
+    }
+    for (Node* child : node->GetChildren()) {
+        CollectNames(child, names);
+    }
+}
+
+}  // namespace
+
+Timeline::Timeline(Timeline const& other)
+    : TransformNode(other),
+      Playback(other),
+      length(OwnProperties(), other.length.Get()),
+      rate(OwnProperties(), other.rate.Get()),
+      mode(OwnProperties(), other.mode.Get()),
+      start(OwnProperties(), other.start.Get()),
+      tracks_(other.tracks_),
+      position_(other.position_),
+      jump_(other.jump_),
+      lastTime_(other.lastTime_),
+      playing_(other.playing_) {
+    if (other.camera_) {
+        SetCamera(static_cast<Camera*>(other.camera_->CloneDeep()));
+    }
+}
+
+Timeline::~Timeline() {
+    SetCamera(nullptr);
+}
+
+bool Timeline::IsKindOf(ClassId id) {
+    return id == MakeClassId(u"Timeline") || TransformNode::IsKindOf(id);
+}
+
+void Timeline::SetCamera(Camera* camera) {
+    for (Node const* node = this; node != nullptr; node = node->GetParent()) {
+        if (node == camera) {
+            return;
+        }
+    }
+    RefT<Camera> next(camera);
+    if (camera != nullptr && camera->GetParent() != nullptr) {
+        camera->GetParent()->Detach(camera);
+    }
+    if (camera_) {
+        camera_->SetParent(nullptr);
+    }
+    camera_ = next;
+    if (camera_) {
+        camera_->SetParent(this);
+    }
+    bound_ = false;
+}
+
+bool Timeline::AttachAndUpdate(Node* node) {
+    bound_ = false;
+    return Attach(node);
+}
+
+int64_t Timeline::FramesAt(RealFixed time) const {
+    const int64_t elapsed = std::max<int64_t>(int64_t{time.raw} - start.Get().raw, 0);
+    const int64_t frames = (elapsed * rate.Get().raw) >> 16;
+    const int64_t missing = kFrame - FloorModulo(frames, kFrame);
+    return missing <= rate.Get().raw >> 16 ? frames + missing : frames;
+}
+
+int64_t Timeline::FoldedPosition() const {
+    return Fold(position_, length.Get().raw, mode.Get());
+}
+
+void Timeline::Play() {
+    playing_ = true;
+    JumpTo(position_);
+}
+
+void Timeline::Stop() {
+    playing_ = false;
+}
+
+RealFixed Timeline::GetFrame() const {
+    return Saturate(FoldedPosition());
+}
+
+void Timeline::SetFrame(RealFixed const& frame) {
+    const int64_t last = length.Get().raw > 0 ? length.Get().raw : INT32_MAX;
+    JumpTo(std::clamp<int64_t>(frame.raw, 0, last));
+}
+
+void Timeline::JumpTo(int64_t target) {
+    position_ = target;
+    jump_ = target - FramesAt(lastTime_);
+}
+
+void Timeline::Update(GraphicsDevice& device, RealFixed const& time) {
+    Update(device, time, time - lastTime_, false);
+}
+
+void Timeline::Update(GraphicsDevice& device, RealFixed const& time, RealFixed const& delta, bool force) {
+    ProcessPlaybackMode(time, delta);
+    TransformNode::Update(device, time, delta, force);
+}
+
+void Timeline::UpdateSynchronous(GraphicsDevice& device, RealFixed const& time) {
+    const RealFixed delta = time - lastTime_;
+    lastTime_ = time;
+    JumpTo(FramesAt(time));
+    TransformNode::Update(device, time, delta, false);
+}
+
+void Timeline::ProcessPlaybackMode(RealFixed const& time, RealFixed const&) {
+    lastTime_ = time;
+    if (playing_) {
+        position_ = FramesAt(time) + jump_;
+    }
+}
+
+void Timeline::InternalUpdate(GraphicsDevice& device, RealFixed const&, RealFixed const& delta, bool force) {
+    UpdateTree(device);
+    const bool changed = UpdateOwn(force);
+    const RealFixed local = Saturate(DivideOrZero(FoldedPosition() * 65536, rate.Get().raw));
+    if (camera_) {
+        camera_->Update(device, local, delta, changed);
+    }
+    UpdateChildren(device, local, delta, changed);
+}
+
+void Timeline::UpdateTree(GraphicsDevice&) {
+    if (!bound_ || boundVersion_ != GetTreeVersion()) {
+        BuildUpdateTree();
+    }
+    const RealFixed frame = GetFrame();
+    for (Track& track : tracks_) {
+        track.Apply(frame);
+    }
+}
+
+void Timeline::BuildUpdateTree() {
+    bound_ = true;
+    boundVersion_ = GetTreeVersion();
+    if (tracks_.empty()) {
+        return;
+    }
+    NodeNames names;
+    CollectNames(this, names);
+    for (Track& track : tracks_) {
+        track.Bind(*this, names);
+    }
+}
+
+void Timeline::InternalRender(GraphicsDevice& device) {
+    for (uint32_t i = 0; i < GetChildren().Count(); ++i) {
+        GetChildren()[i]->Render(device);
+    }
+}
+
+void Timeline::InternalSelect(GraphicsDevice& device) {
+    if (camera_) {
+        device.PushCamera(camera_.Get());
+    }
+    device.PushCameraDepth(depth.Get());
+    device.SetCameraDepth(depth.Get());
+    Timeline::InternalRender(device);  // the children ask too: the device is in selection mode
+    device.PopCameraDepth(depth.Get());
+    if (camera_) {
+        device.PopCamera();
+    }
+}
+
+void Timeline::RegisterProperties() {
+    TransformNode::RegisterProperties();
+    PropertyList& list = OwnProperties();
+    list.Add("length", length);
+    list.Add("rate", rate);
+    list.Add("start", start);
+}
+
+bool Timeline::Load(Deserializer& reader) {
+    if (!TransformNode::Load(reader)) {
+        return false;
+    }
+    for (PropertyT<RealFixed> const* value : {&length, &rate}) {
+        if (value->Get().raw < 0) {
+            reader.Fail(value == &length ? "length" : "rate", "got a negative number, expected 0 or more");
+            return false;
+        }
+    }
+    reader.Read("playing", playing_);
+    return LoadMode(reader) && LoadCamera(reader) && LoadTracks(reader);
+}
+
+bool Timeline::LoadMode(Deserializer& reader) {
+    std::string modeName;
+    if (!reader.Read("mode", modeName)) {
+        return !reader.Failed();
+    }
+    for (ModeName const& entry : kModes) {
+        if (modeName == entry.name) {
+            mode.Set(entry.mode);
+            return true;
+        }
+    }
+    reader.Fail("mode", "got \"" + modeName + "\", expected \"once\", \"loop\" or \"ping-pong\"");
+    return false;
+}
+
+bool Timeline::LoadCamera(Deserializer& reader) {
+    if (!reader.Enter("camera")) {
+        return !reader.Failed();
+    }
+    RefT<Node> camera(LoadNode(reader, "Camera"));
+    if (camera && !camera->IsKindOf(MakeClassId(u"Camera"))) {
+        reader.Fail("class", "got another class, expected Camera");
+        camera = nullptr;
+    }
+    reader.Leave();
+    SetCamera(static_cast<Camera*>(camera.Get()));
+    return !reader.Failed();
+}
+
+bool Timeline::LoadTracks(Deserializer& reader) {
+    if (!reader.Enter("tracks")) {
+        return !reader.Failed();
+    }
+    NodeNames names;
+    CollectNames(this, names);
+    const uint32_t count = reader.Count();
+    tracks_.reserve(count);
+    for (uint32_t i = 0; i < count && reader.Enter(i); ++i) {
+        Track track;
+        if (track.Load(reader, *this, names)) {
+            tracks_.push_back(std::move(track));
+        }
+        reader.Leave();
+    }
+    reader.Leave();
+    return !reader.Failed();
+}
+
+void Timeline::InternalSave(Serializer& writer) {
+    TransformNode::InternalSave(writer);
+    for (ModeName const& entry : kModes) {
+        if (entry.mode == mode.Get()) {
+            writer.Write("mode", entry.name);
+        }
+    }
+    if (!playing_) {
+        writer.Write("playing", false);
+    }
+    if (camera_) {
+        writer.BeginObject("camera");
+        camera_->Save(writer);
+        writer.EndObject();
+    }
+    if (tracks_.empty()) {
+        return;
+    }
+    BuildUpdateTree();  // a track writes its keys as its property does
+    writer.BeginArray("tracks");
+    for (Track const& track : tracks_) {
+        writer.BeginObject(nullptr);
+        track.Save(writer);
+        writer.EndObject();
+    }
+    writer.EndArray();
+}
+
+}  // namespace zorvan
