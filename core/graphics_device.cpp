@@ -89,6 +89,10 @@ void GraphicsDevice::PopTransformMatrix() {
     transforms_.RemoveLast();
 }
 
+Matrix4T<RealFixed> const& GraphicsDevice::GetTransformMatrix() const {
+    return transforms_.IsEmpty() ? Matrix4T<RealFixed>::Identity : transforms_.Last();
+}
+
 void GraphicsDevice::MergeTransformMatrix(Matrix4T<RealFixed> const& matrix) {
     transforms_.Append(matrix * GetTransformMatrix());
 }

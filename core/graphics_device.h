@@ -77,9 +77,9 @@ class ZORVAN_CORE_API GraphicsDevice {
     virtual void SetCameraDepth(bool depth) = 0;
 
     bool IsSelecting() const { return selected_ != nullptr; }
-    Matrix4T<RealFixed> const& GetTransformMatrix() const {
-        return transforms_.IsEmpty() ? Matrix4T<RealFixed>::Identity : transforms_.Last();
-    }
+    // Of the last push or merge. Out of line: each source unit that uses the identity matrix gets a
+    // load-time initialiser of its own.
+    Matrix4T<RealFixed> const& GetTransformMatrix() const;
 
     // Transfer modes in force, innermost last, and the key of each prefix of them.
     List<unsigned int> transferModes;
