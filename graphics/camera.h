@@ -1,0 +1,45 @@
+// A camera that computes the matrices for GL.
+#pragma once
+
+#include "core/camera.h"
+#include "graphics/api.h"
+
+namespace zorvan {
+
+// The projection follows from the camera's settings and is computed again only after one of them
+// changed; the view is the inverse of the camera's world matrix, of the last update.
+class ZORVAN_GL_API CameraGL : public Camera {
+  public:
+    CameraGL();
+    CameraGL(CameraGL const& other);
+
+    Node* Clone() override;
+    char const* GetClassName() override;
+    ClassId GetClassId() override;
+    void Visit(Visitor& visitor) override;
+    Node* CloneDeep() override;
+    bool IsKindOf(ClassId id) override;
+
+    // Subscribes to the changes of the settings.
+    void RegisterProperties() override;
+    void InternalUpdate(GraphicsDevice& device, RealFixed const& time, RealFixed const& delta,
+                        bool force) override;
+    // With a horizontal field of view set, rewrites the vertical one from it.
+    virtual void CalculateProjection();
+
+    // Of the last update; identity before the first.
+    Matrix4T<RealFixed> GetViewMatrix() const { return viewMatrix; }
+    Matrix4T<RealFixed> GetProjectionMatrix() const { return projectionMatrix; }
+
+  private:
+    void BoolChanged(bool const& value);
+    void RealChanged(RealFixed const& value);
+    void RectangleChanged(RectangleT<RealFixed> const& value);
+    Matrix4T<RealFixed> PerspectiveProjection();
+
+    Matrix4T<RealFixed> viewMatrix;
+    Matrix4T<RealFixed> projectionMatrix;
+    bool projectionDirty = true;
+};
+
+}  // namespace zorvan
