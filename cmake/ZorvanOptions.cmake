@@ -3,6 +3,10 @@
 set(zorvan_compile_flags -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
   # Every CPU and compiler gives the same bytes: no fused multiply-add, no fast-math.
   -ffp-contract=off)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # False alarms on the concatenation of a literal and a string.
+  list(APPEND zorvan_compile_flags -Wno-restrict)
+endif()
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(i.86|x86)$")
   list(APPEND zorvan_compile_flags -msse2 -mfpmath=sse)
 endif()
