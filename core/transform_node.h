@@ -3,21 +3,9 @@
 
 #include "core/mask.h"
 #include "core/node.h"
+#include "core/transfer_mode.h"
 
 namespace zorvan {
-
-// Transfer mode of a node that has none.
-inline constexpr uint32_t kNoTransferMode = 0xFFFFFFFFu;
-// Number of transfer modes: 0 to 36.
-inline constexpr uint32_t kTransferModeCount = 37;
-constexpr bool IsTransferMode(uint32_t mode) {
-    return mode < kTransferModeCount || mode == kNoTransferMode;
-}
-// What to report for a number that is no transfer mode.
-ZORVAN_CORE_API std::string TransferModeError(uint32_t mode);
-// Effect key of a device with no transfer mode in force, and the step to the next key.
-inline constexpr uint32_t kEffectKeyBasis = 0x811C9DC5u;
-inline constexpr uint32_t kEffectKeyPrime = 16777619u;
 
 class ZORVAN_CORE_API TransformNode : public Node {
   public:
