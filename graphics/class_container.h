@@ -6,7 +6,8 @@
 
 namespace zorvan {
 
-// Makes objects of the GL class T for the core base class whose identity the record holds.
+// Makes objects of the GL class T for the core base class whose identity the record holds. T's own source
+// unit instantiates its record.
 template <typename T>
 class ZORVAN_GL_API ClassContainerT : public ClassContainer {
   public:
@@ -20,22 +21,5 @@ template <typename T>
 void* ClassContainerT<T>::Create() {
     return new T();
 }
-
-class ZORVAN_GL_API TimelineGL;
-class ZORVAN_GL_API CameraGL;
-class ZORVAN_GL_API SpriteGL;
-class ZORVAN_GL_API TextureGL;
-class ZORVAN_GL_API TextGL;
-class ZORVAN_GL_API FontGL;
-class ZORVAN_GL_API ShaderGL;
-
-// Each class's own source unit holds its record, so that nobody else needs the whole class.
-extern template class ClassContainerT<TimelineGL>;
-extern template class ClassContainerT<CameraGL>;
-extern template class ClassContainerT<SpriteGL>;
-extern template class ClassContainerT<TextureGL>;
-extern template class ClassContainerT<TextGL>;
-extern template class ClassContainerT<FontGL>;
-extern template class ClassContainerT<ShaderGL>;
 
 }  // namespace zorvan

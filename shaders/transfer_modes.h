@@ -3,19 +3,26 @@
 
 #include <GLES2/gl2.h>
 
+#include <array>
+
+#include "core/transfer_mode.h"
+
 namespace zorvan {
 
 struct BlendFactors {
     GLenum source, destination;
 };
 
+template <typename T>
+using TransferModeTable = std::array<T, kTransferModeCount>;
+
 // For glBlendFunc and glBlendEquation.
-extern BlendFactors const eTransferModeBlendFunc[37];
-extern GLenum const eTransferModeBlendEquation[37];
+extern TransferModeTable<BlendFactors> const eTransferModeBlendFunc;
+extern TransferModeTable<GLenum> const eTransferModeBlendEquation;
 // Statements spliced into the fragment shaders of solid sprites and texts; may be empty.
-extern char const* const szTransferModeShaderSources[37];
+extern TransferModeTable<char const*> const szTransferModeShaderSources;
 // Whole fragment shaders of textured sprites.
-extern char const* const szSpriteTransferModeShaderSources[37];
+extern TransferModeTable<char const*> const szSpriteTransferModeShaderSources;
 
 // The fragment shader of textured sprites without a transfer mode.
 extern char const* const szSpriteDefaultShaderSource;
