@@ -193,8 +193,6 @@ TEST(QuantizerDeathTest, MemoryExhaustionEndsTheProcess) {
                 "  out of memory allocating a row");
     EXPECT_EXIT((toStderr(), pm_allocarray(SIZE_MAX / 8, 9, 8)), testing::ExitedWithCode(255),
                 "  out of memory allocating an array");
-    EXPECT_EXIT((toStderr(), mediancut(nullptr, 0, 0, 255, 0x7FFFFFFF)), testing::ExitedWithCode(255),
-                "  out of memory allocating box vector");
 }
 
 TEST(PaletteOutput, TableThenPackedIndices) {
