@@ -146,7 +146,7 @@ TEST(Scale, EmptyAndThinImages) {
     // Coordinates beyond 2^24 round; none may leave the source.
     const std::uint32_t wide = (1u << 24) + 3;
     TestImage source(wide, 1, FMT_A8, Bytes(wide, 5));
-    for (const std::uint32_t filter : {0u, 1u, 3u, 4u}) {
+    for (const std::uint32_t filter : {0u, 1u}) {
         TestImage destination(wide - 1, 1, FMT_A8);
         destination.With(&TFormatFlags::nScaleFilter, filter);
         EXPECT_EQ(Convert(source, destination.Allocate()).back(), 5);
