@@ -4,6 +4,7 @@
 #include <string>
 
 #include "core/api.h"
+#include "core/image.h"
 #include "core/list.h"
 #include "core/property.h"
 #include "core/referenced.h"
@@ -48,9 +49,14 @@ class ZORVAN_CORE_API Texture : public Referenced {
 
     // Compresses the pixel store for the device; false when the format cannot be compressed.
     virtual bool Compress() = 0;
+    // Writes the image file's name where there is one, otherwise the pixels: only the file once the
+    // pixels went to the device.
     virtual void Save(Serializer& writer);
-    // Reads format, sizes and pixels, from inline data or an image file.
+    // Reads format, sizes and pixels, from inline data or an image file; compresses on request.
     virtual bool Load(Deserializer& reader);
+
+    // Whether Save writes all that Load needs.
+    bool CanSave() const { return !file_.empty() || pixels.data != nullptr; }
 
     // Of one pixel of the format: 2, 3 or 4; 1 for the block formats.
     uint32_t GetBytesPerPixel() const;
@@ -80,13 +86,17 @@ class ZORVAN_CORE_API Texture : public Referenced {
     void FormatChanged(uint32_t const& newFormat);
 
     bool LoadSizes(Deserializer& reader, SizeT<int32_t> stored, SizeT<int32_t> used);
+    bool LoadFile(Deserializer& reader);
+    bool PackLevels(Deserializer& reader, Image image);
     bool LoadLevels(Deserializer& reader);
     bool LoadLevel(Deserializer& reader, uint32_t index, std::vector<uint8_t>& bytes,
                    List<TextureLevel>& table);
     bool TakePixels(Deserializer& reader, std::vector<uint8_t> const& bytes, List<TextureLevel> const& table);
+    void SaveLevels(Serializer& writer);
 
     // What Save writes and Load read.
     std::string file_;
+    bool mipmaps_ = false;
     bool compress_ = false;
     uint32_t loadedFormat_ = TextureFormat::Rgba8888;
     List<TextureLevel> plainLevels_;

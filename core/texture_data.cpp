@@ -2,12 +2,14 @@
 #include <algorithm>
 #include <cstring>
 
+#include "core/image_file.h"
+#include "core/pixel_format.h"
 #include "core/texture.h"
 
 namespace zorvan {
 namespace {
 
-constexpr int32_t kLargestSide = 16384;
+constexpr auto kLargestSide = static_cast<int32_t>(kLargestImageSide);
 
 // By format number; empty for the one that holds no image.
 constexpr char const* kFormatNames[TextureFormat::kCount] = {
@@ -55,11 +57,69 @@ uint32_t HalfSide(uint32_t side, uint32_t level) {
 bool Texture::Load(Deserializer& reader) {
     uint32_t newFormat = TextureFormat::Rgba8888;
     reader.Read("name", name);
+    reader.Read("compress", compress_);
     if (!ReadFormat(reader, newFormat)) {
         return false;
     }
     format.Set(newFormat);
-    return LoadLevels(reader);
+    loadedFormat_ = newFormat;
+    const bool loaded = reader.Read("file", file_) ? LoadFile(reader) : LoadLevels(reader);
+    if (!loaded || reader.Failed()) {
+        return false;
+    }
+    if (compress_ && !Compress()) {
+        reader.Fail("compress",
+                    "the format " + std::string(kFormatNames[newFormat]) + " cannot be compressed");
+    }
+    return !reader.Failed();
+}
+
+bool Texture::LoadFile(Deserializer& reader) {
+    if (!IsPlainFormat(format.Get())) {
+        reader.Fail("format", "got a block format, expected a plain one for an image file");
+        return false;
+    }
+    reader.Read("mipmaps", mipmaps_);
+    if (mipmaps_ && compress_) {
+        reader.Fail("mipmaps", "got both \"mipmaps\" and \"compress\", expected at most one of them");
+        return false;
+    }
+    Image image;
+    const std::string path = reader.ResolvePath(file_);
+    const std::string error = ReadImage(path, image);
+    if (!error.empty()) {
+        reader.Fail("file", path + ": " + error);
+        return false;
+    }
+    const SizeT<int32_t> size{static_cast<int32_t>(image.width), static_cast<int32_t>(image.height)};
+    if (!LoadSizes(reader, size, size)) {
+        return false;
+    }
+    if (width.Get() < size.width || height.Get() < size.height) {
+        reader.Fail(width.Get() < size.width ? "width" : "height",
+                    "got less than the image, expected at least " + std::to_string(size.width) + "x" +
+                        std::to_string(size.height) + " pixels");
+        return false;
+    }
+    if (width.Get() != size.width || height.Get() != size.height) {
+        image = PadImage(image, static_cast<uint32_t>(width.Get()), static_cast<uint32_t>(height.Get()));
+    }
+    return PackLevels(reader, std::move(image));
+}
+
+bool Texture::PackLevels(Deserializer& reader, Image image) {
+    std::vector<uint8_t> bytes;
+    List<TextureLevel> table;
+    for (bool last = false; !last;) {
+        const auto offset = static_cast<uint32_t>(bytes.size());
+        PackPixels(image, format.Get(), bytes);
+        table.Append({image.width, image.height, offset, static_cast<uint32_t>(bytes.size()) - offset});
+        last = !mipmaps_ || (image.width == 1 && image.height == 1);
+        if (!last) {
+            image = HalveImage(image);
+        }
+    }
+    return TakePixels(reader, bytes, table);
 }
 
 bool Texture::LoadSizes(Deserializer& reader, SizeT<int32_t> stored, SizeT<int32_t> used) {
@@ -75,6 +135,11 @@ bool Texture::LoadSizes(Deserializer& reader, SizeT<int32_t> stored, SizeT<int32
     used.height = used.height == 0 ? stored.height : used.height;
     if (!ReadSide(reader, "usedWidth", stored.width, used.width) ||
         !ReadSide(reader, "usedHeight", stored.height, used.height)) {
+        return false;
+    }
+    if (uint64_t{static_cast<uint32_t>(stored.width)} * static_cast<uint32_t>(stored.height) >
+        kMostImagePixels) {
+        reader.Fail("width", "got more than " + std::to_string(kMostImagePixels) + " pixels");
         return false;
     }
     width.Set(stored.width);
@@ -142,19 +207,28 @@ void Texture::Save(Serializer& writer) {
     if (!name.empty()) {
         writer.Write("name", name);
     }
-    writer.Write("format", kFormatNames[format.Get() < TextureFormat::kCount ? format.Get() : 3]);
+    const bool isFile = !file_.empty();
+    const uint32_t saved = isFile ? loadedFormat_ : format.Get();
+    writer.Write("format", kFormatNames[saved < TextureFormat::kCount ? saved : TextureFormat::Reserved]);
     writer.Write("width", width.Get());
     writer.Write("height", height.Get());
     writer.Write("usedWidth", usedWidth.Get());
     writer.Write("usedHeight", usedHeight.Get());
-    if (pixels.data == nullptr) {
-        return;
+    if (isFile) {
+        writer.Write("file", file_);
+        writer.Write("mipmaps", mipmaps_);
+        writer.Write("compress", compress_);
+    } else if (pixels.data != nullptr) {
+        SaveLevels(writer);
     }
+}
+
+void Texture::SaveLevels(Serializer& writer) {
     writer.BeginArray("levels");
     for (TextureLevel const& level : levels) {
+        uint8_t const* begin = pixels.data + level.offset;
         writer.BeginObject(nullptr);
-        writer.Write("data", std::vector<uint8_t>(pixels.data + level.offset,
-                                                  pixels.data + level.offset + level.size));
+        writer.Write("data", std::vector<uint8_t>(begin, begin + level.size));
         writer.EndObject();
     }
     writer.EndArray();
