@@ -1,35 +1,225 @@
 #include "core/font.h"
 
+#include <algorithm>
+#include <cstring>
+
+#include "core/class_registry.h"
+#include "core/font_file.h"
+#include "core/glyph_packer.h"
+#include "core/text_break.h"
+#include "core/trace.h"
+
 namespace zorvan {
+namespace {
+
+constexpr uint32_t kBytesPerPixel = 4;
+
+uint64_t KerningKey(uint32_t left, uint32_t right) {
+    return uint64_t{left} << 32 | right;
+}
+
+// What layout sees of a font.
+class FontGlyphs final : public GlyphSource {
+  public:
+    explicit FontGlyphs(Font const& font) : font_(font) {
+        lineHeight = font.lineHeight;
+        ascent = font.ascent;
+    }
+    Glyph const* Find(uint32_t codePoint) const override { return font_.FindGlyph(codePoint); }
+    RealFixed Kerning(Glyph const& left, Glyph const& right) const override {
+        return font_.Kerning(left, right);
+    }
+
+  private:
+    Font const& font_;
+};
+
+// A page without glyphs: no coverage anywhere. Null when out of memory or without a back end.
+RefT<Texture> MakePage(ClassRegistry& registry, SizeT<int> const& size) {
+    RefT<Texture> page(static_cast<Texture*>(registry.Create(MakeClassId(u"Texture"))));
+    const uint32_t pixels = static_cast<uint32_t>(size.width) * static_cast<uint32_t>(size.height);
+    if (!page || !page->SizePixelStore(pixels * kBytesPerPixel)) {
+        return {};
+    }
+    page->format.Set(TextureFormat::Rgba8888);
+    page->width.Set(size.width);
+    page->height.Set(size.height);
+    page->usedWidth.Set(size.width);
+    page->usedHeight.Set(size.height);
+    page->levels.Append(
+        {static_cast<uint32_t>(size.width), static_cast<uint32_t>(size.height), 0, pixels * kBytesPerPixel});
+    constexpr uint8_t kBlank[kBytesPerPixel] = {0, 0, 0, 255};
+    for (uint32_t i = 0; i < pixels; ++i) {
+        std::memcpy(page->pixels.data + size_t{i} * kBytesPerPixel, kBlank, kBytesPerPixel);
+    }
+    return page;
+}
+
+// Copies coverage, whose rows come from the top, to the rectangle with its lower left corner there.
+void CopyToPage(GlyphBitmap const& bitmap, Vector2T<int> corner, Texture& page) {
+    const auto pageWidth = static_cast<size_t>(page.width.Get());
+    uint8_t const* coverage = bitmap.coverage.data();
+    for (int row = bitmap.height - 1; row >= 0; --row) {
+        uint8_t* out = page.pixels.data +
+                       (static_cast<size_t>(corner.y + row) * pageWidth + static_cast<size_t>(corner.x)) *
+                           kBytesPerPixel;
+        for (int x = 0; x < bitmap.width; ++x, out += kBytesPerPixel) {
+            std::memset(out, *coverage++, kBytesPerPixel - 1);
+        }
+    }
+}
+
+// Texture coordinate of a pixel's edge; exact where the side is a power of two.
+RealFixed EdgeOf(int pixel, int side) {
+    return RealFixed::FromInt(pixel) / RealFixed::FromInt(side);
+}
+
+}  // namespace
+
+struct Font::Pending {
+    uint32_t codePoint;
+    Glyph* glyph;
+    GlyphBitmap bitmap;
+};
 
 Font::Font() = default;
 
 Font::~Font() = default;
 
 bool Font::Initialize() {
+    return MakePages();
+}
+
+bool Font::LoadFile(ClassRegistry& registry, std::string const& path, int size, std::string& error) {
+    std::unique_ptr<FontFile> file = FontFile::Open(path, size, error);
+    if (!file) {
+        return false;
+    }
+    file_ = std::move(file);
+    registry_ = &registry;
+    lineHeight = RealFixed::FromInt(file_->lineHeight);
+    ascent = RealFixed::FromInt(file_->ascent);
+    hasMissing_ = Rasterise(0, missing_, 0, error);
+    std::wstring ascii;
+    for (wchar_t c = L' '; c <= L'~'; ++c) {
+        ascii += c;
+    }
+    return hasMissing_ && AddCharacters(ascii, error);
+}
+
+bool Font::AddCharacters(std::wstring_view text, std::string& error) {
+    bool whole = true;
+    for (wchar_t unit : text) {
+        const auto c = static_cast<uint32_t>(unit);
+        if (!file_ || IsLineBreak(c) || IsInvisible(c) || glyphs_.contains(c)) {
+            continue;
+        }
+        const uint32_t index = file_->GlyphIndex(c);
+        if (index == 0) {
+            continue;
+        }
+        Glyph& glyph = glyphs_[c];
+        if (!Rasterise(index, glyph, c, error)) {
+            // Kept, so that the damage is met and reported once.
+            glyph = missing_;
+            whole = false;
+        }
+    }
+    return whole;
+}
+
+bool Font::Rasterise(uint32_t index, Glyph& glyph, uint32_t codePoint, std::string& error) {
+    GlyphBitmap bitmap;
+    if (!file_->Rasterise(index, bitmap, error)) {
+        return false;
+    }
+    glyph.index = index;
+    glyph.offsetX = RealFixed::FromInt(bitmap.left);
+    glyph.offsetY = RealFixed::FromInt(-bitmap.top);
+    glyph.advance = RealFixed::FromInt(bitmap.advance);
+    if (bitmap.width > 0) {
+        pending_.push_back({codePoint, &glyph, std::move(bitmap)});
+    }
     return true;
 }
 
-void Font::DrawString(GraphicsDevice& device, MStringT<wchar_t> const& text, ColorT<RealFixed> const& color,
-                      int letterSpacing, int lineSpacing) {
-    Vector2T<RealFixed> pen{RealFixed{}, ascent};
-    for (wchar_t c : text.View()) {
-        if (c == L'\n') {
-            pen = {RealFixed{}, pen.y + lineHeight + RealFixed::FromInt(lineSpacing)};
-            continue;
+bool Font::MakePages() {
+    // The same characters give the same pages, in whatever order they were asked for.
+    std::vector<Pending> glyphs = std::exchange(pending_, {});
+    std::sort(glyphs.begin(), glyphs.end(),
+              [](Pending const& a, Pending const& b) { return a.codePoint < b.codePoint; });
+    std::vector<SizeT<int>> sizes;
+    for (Pending const& entry : glyphs) {
+        sizes.push_back({entry.bitmap.width, entry.bitmap.height});
+    }
+    const PackedGlyphs packed = PackGlyphs(sizes);
+    const size_t firstPage = pages_.size();
+    if (firstPage + packed.pages.size() > INT16_MAX) {
+        return false;
+    }
+    for (SizeT<int> const& size : packed.pages) {
+        RefT<Texture> page = MakePage(*registry_, size);
+        if (!page) {
+            pages_.resize(firstPage);
+            return false;
         }
-        Glyph const* glyph = FindGlyph(static_cast<uint32_t>(c));
-        if (glyph == nullptr) {
-            continue;
+        pages_.push_back(std::move(page));
+    }
+    for (size_t i = 0; i < glyphs.size(); ++i) {
+        const size_t number = firstPage + packed.places[i].page;
+        const Vector2T<int> corner = packed.places[i].corner;
+        Texture& page = *pages_[number];
+        CopyToPage(glyphs[i].bitmap, corner, page);
+        Glyph& glyph = *glyphs[i].glyph;
+        glyph.width = static_cast<uint16_t>(sizes[i].width);
+        glyph.height = static_cast<uint16_t>(sizes[i].height);
+        glyph.page = static_cast<int16_t>(number);
+        glyph.uLeft = EdgeOf(corner.x, page.width.Get());
+        glyph.uRight = EdgeOf(corner.x + sizes[i].width, page.width.Get());
+        glyph.vTop = EdgeOf(corner.y, page.height.Get());
+        glyph.vBottom = EdgeOf(corner.y + sizes[i].height, page.height.Get());
+    }
+    return true;
+}
+
+LayoutCache::Entry const& Font::LayOut(std::wstring_view text, TextLayoutOptions const& options) {
+    LayoutCache::Entry& entry = layouts_.Find(text, options);
+    if (!entry.valid) {
+        std::string error;
+        if (!AddCharacters(text, error)) {
+            Debug::Trace("%s\n", error.c_str());
         }
-        RenderGlyph(device, glyph, {pen.x + glyph->offsetX, pen.y + glyph->offsetY}, color);
-        pen.x += glyph->advance + RealFixed::FromInt(letterSpacing);
+        if (!pending_.empty() && !MakePages()) {
+            Debug::Trace("%s: out of memory for new glyphs\n", path_.c_str());
+        }
+        entry.extent = LayOutText(text, FontGlyphs(*this), options, entry.glyphs);
+        entry.valid = true;
+    }
+    return entry;
+}
+
+void Font::Draw(GraphicsDevice& device, MStringT<wchar_t> const& text, ColorT<RealFixed> const& color,
+                TextLayoutOptions const& options) {
+    for (PlacedGlyph const& placed : LayOut(text.View(), options).glyphs) {
+        RenderGlyph(device, placed.glyph, placed.position, color);
     }
 }
 
 void Font::DrawString(GraphicsDevice& device, MStringT<wchar_t> const& text, ColorT<RealFixed> const& color,
-                      SizeT<RealFixed> const&, int, int letterSpacing, int lineSpacing) {
-    Font::DrawString(device, text, color, letterSpacing, lineSpacing);
+                      int letterSpacing, int lineSpacing) {
+    TextLayoutOptions options;
+    options.letterSpacing = letterSpacing;
+    options.lineSpacing = lineSpacing;
+    Draw(device, text, color, options);
+}
+
+void Font::DrawString(GraphicsDevice& device, MStringT<wchar_t> const& text, ColorT<RealFixed> const& color,
+                      SizeT<RealFixed> const& box, int alignment, int letterSpacing, int lineSpacing) {
+    Draw(device, text, color, {true, box, alignment, letterSpacing, lineSpacing});
+}
+
+TextExtent Font::Measure(MStringT<wchar_t> const& text, TextLayoutOptions const& options) {
+    return LayOut(text.View(), options).extent;
 }
 
 uint32_t Font::GenerateID() {
@@ -43,11 +233,25 @@ void Font::AddPage(Texture* page) {
 
 void Font::AddGlyph(uint32_t codePoint, Glyph const& glyph) {
     glyphs_[codePoint] = glyph;
+    layouts_.Clear();
+}
+
+void Font::AddKerning(uint32_t left, uint32_t right, RealFixed kerning) {
+    kerning_[KerningKey(left, right)] = kerning;
+    layouts_.Clear();
 }
 
 Glyph const* Font::FindGlyph(uint32_t codePoint) const {
     const auto found = glyphs_.find(codePoint);
-    return found == glyphs_.end() ? nullptr : &found->second;
+    return found != glyphs_.end() ? &found->second : hasMissing_ ? &missing_ : nullptr;
+}
+
+RealFixed Font::Kerning(Glyph const& left, Glyph const& right) const {
+    if (file_) {
+        return RealFixed::FromInt(file_->Kerning(left.index, right.index));
+    }
+    const auto found = kerning_.find(KerningKey(left.index, right.index));
+    return found != kerning_.end() ? found->second : RealFixed{};
 }
 
 }  // namespace zorvan

@@ -18,7 +18,23 @@ bool Text::IsKindOf(ClassId id) {
 }
 
 bool Text::Load(Deserializer& reader) {
-    return TransformNode::Load(reader);
+    if (!TransformNode::Load(reader)) {
+        return false;
+    }
+    constexpr int32_t kMostSpacing = 32767;  // what 16.16 holds
+    for (PropertyT<int32_t> const* spacing : {&letterSpacing, &lineSpacing}) {
+        if (spacing->Get() < -kMostSpacing || spacing->Get() > kMostSpacing) {
+            reader.Fail(spacing == &letterSpacing ? "letterSpacing" : "lineSpacing",
+                        "got " + std::to_string(spacing->Get()) + ", expected -32767 to 32767 pixels");
+            return false;
+        }
+    }
+    std::string error;
+    if (font.Get() && !font.Get()->AddCharacters(string.Get().View(), error)) {
+        reader.Fail("string", error);
+        return false;
+    }
+    return true;
 }
 
 void Text::RegisterProperties() {
@@ -27,11 +43,65 @@ void Text::RegisterProperties() {
     list.Add("font", font);
     list.Add("string", string);
     list.Add("color", color);
-    list.Add("hasBox", hasBox);
-    list.Add("box", box);
-    list.Add("alignment", alignment);
+    list.Add("box", boxProperty_);
+    list.Add("alignment", alignmentProperty_);
     list.Add("letterSpacing", letterSpacing);
     list.Add("lineSpacing", lineSpacing);
+}
+
+bool Text::BoxProperty::Load(Deserializer& reader, char const* key) {
+    if (!reader.Has(key)) {
+        return true;
+    }
+    if (!text_.box.Load(reader, key)) {
+        return false;
+    }
+    const SizeT<RealFixed> size = text_.box.Get();
+    if (size.width < RealFixed{} || size.height < RealFixed{}) {
+        reader.Fail(key, "got a negative size, expected width and height from 0 up");
+        return false;
+    }
+    text_.hasBox.Set(true);
+    return true;
+}
+
+void Text::BoxProperty::Save(Serializer& writer, char const* key) const {
+    if (text_.hasBox.Get()) {
+        text_.box.Save(writer, key);
+    }
+}
+
+bool Text::BoxProperty::LoadKey(Deserializer& reader, char const* key, KeyValue& value) const {
+    return text_.box.LoadKey(reader, key, value);
+}
+
+void Text::BoxProperty::SaveKey(Serializer& writer, char const* key, KeyValue const& value) const {
+    text_.box.SaveKey(writer, key, value);
+}
+
+void Text::BoxProperty::Apply(KeyValue const& value) {
+    text_.box.Apply(value);
+    text_.hasBox.Set(true);
+}
+
+bool Text::AlignmentProperty::Load(Deserializer& reader, char const* key) {
+    std::string words;
+    if (!reader.Read(key, words)) {
+        return !reader.Failed();
+    }
+    const std::optional<int32_t> alignment = ParseTextAlignment(words);
+    if (!alignment) {
+        reader.Fail(key, "got \"" + words +
+                             "\", expected left, center or right, and top, middle or bottom, such as "
+                             "\"center middle\"");
+        return false;
+    }
+    text_.alignment.Set(*alignment);
+    return true;
+}
+
+void Text::AlignmentProperty::Save(Serializer& writer, char const* key) const {
+    writer.Write(key, TextAlignmentWords(text_.alignment.Get()));
 }
 
 }  // namespace zorvan

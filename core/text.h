@@ -12,6 +12,7 @@ class ZORVAN_CORE_API Text : public TransformNode {
     Text(Text const& other);
 
     bool IsKindOf(ClassId id) override;
+    // Has the font rasterise what the string needs.
     bool Load(Deserializer& reader) override;
 
   protected:
@@ -22,14 +23,45 @@ class ZORVAN_CORE_API Text : public TransformNode {
     PropertyT<MStringT<wchar_t>> string{OwnProperties()};
     PropertyT<ColorT<RealFixed>> color{OwnProperties(),
                                        {kOne<RealFixed>, kOne<RealFixed>, kOne<RealFixed>, kOne<RealFixed>}};
-    // The box that the text is aligned in, used when hasBox is true.
+    // The box that the text is aligned and wrapped in, used when hasBox is true; see TextLayoutOptions.
     PropertyT<bool> hasBox{OwnProperties(), false};
     PropertyT<SizeT<RealFixed>> box{OwnProperties()};
-    // How the lines stand in the box; 0 is left and top.
+    // How the lines stand in the box, see TextAlignment.
     PropertyT<int32_t> alignment{OwnProperties()};
     // Added between letters and between lines, in pixels.
     PropertyT<int32_t> letterSpacing{OwnProperties()};
     PropertyT<int32_t> lineSpacing{OwnProperties()};
+
+  private:
+    // Stands in scene data only where the text has a box.
+    class BoxProperty final : public PropertyBase {
+      public:
+        explicit BoxProperty(Text& text) : text_(text) {}
+        bool Load(Deserializer& reader, char const* key) override;
+        void Save(Serializer& writer, char const* key) const override;
+        uint32_t KeyComponents() const override { return text_.box.KeyComponents(); }
+        bool Blends() const override { return true; }
+        bool LoadKey(Deserializer& reader, char const* key, KeyValue& value) const override;
+        void SaveKey(Serializer& writer, char const* key, KeyValue const& value) const override;
+        void Apply(KeyValue const& value) override;
+
+      private:
+        Text& text_;
+    };
+
+    // Words in scene data.
+    class AlignmentProperty final : public PropertyBase {
+      public:
+        explicit AlignmentProperty(Text& text) : text_(text) {}
+        bool Load(Deserializer& reader, char const* key) override;
+        void Save(Serializer& writer, char const* key) const override;
+
+      private:
+        Text& text_;
+    };
+
+    BoxProperty boxProperty_{*this};
+    AlignmentProperty alignmentProperty_{*this};
 };
 
 }  // namespace zorvan

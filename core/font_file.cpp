@@ -1,0 +1,173 @@
+#include "core/font_file.h"
+
+#include <ft2build.h>
+#include FT_FREETYPE_H
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+namespace zorvan {
+namespace {
+
+constexpr uintmax_t kMostBytes = uintmax_t{256} << 20;
+
+struct LibraryDeleter {
+    void operator()(FT_Library library) const { FT_Done_FreeType(library); }
+};
+struct FaceDeleter {
+    void operator()(FT_Face face) const { FT_Done_Face(face); }
+};
+
+// Outlines are snapped to pixels, vertically, by the rasteriser's own hinting: the same for all fonts.
+constexpr FT_Int32 kLoadFlags = FT_LOAD_TARGET_LIGHT | FT_LOAD_RENDER;
+
+int RoundToPixel(FT_Pos value) {
+    return static_cast<int>((value + 32) >> 6);
+}
+
+class FreeTypeFile final : public FontFile {
+  public:
+    // Empty on success.
+    std::string Load(std::string const& path, int size) {
+        path_ = path;
+        std::string problem = ReadBytes();
+        if (!problem.empty()) {
+            return problem;
+        }
+        FT_Library library = nullptr;
+        if (FT_Init_FreeType(&library) != 0) {
+            return "the font rasteriser cannot start";
+        }
+        library_.reset(library);
+        FT_Face face = nullptr;
+        const FT_Error error =
+            FT_New_Memory_Face(library, bytes_.data(), static_cast<FT_Long>(bytes_.size()), 0, &face);
+        if (error == FT_Err_Unknown_File_Format) {
+            return "not a font file that can be read";
+        }
+        if (error != 0) {
+            return "damaged font file (error " + std::to_string(error) + ")";
+        }
+        face_.reset(face);
+        if (FT_Set_Pixel_Sizes(face, 0, static_cast<FT_UInt>(size)) != 0) {
+            return "this font has no glyphs of " + std::to_string(size) + " pixels";
+        }
+        FT_Size_Metrics const& metrics = face->size->metrics;
+        lineHeight = RoundToPixel(metrics.height);
+        ascent = RoundToPixel(metrics.ascender);
+        return {};
+    }
+
+    uint32_t GlyphIndex(uint32_t codePoint) const override {
+        return FT_Get_Char_Index(face_.get(), codePoint);
+    }
+
+    bool Rasterise(uint32_t index, GlyphBitmap& bitmap, std::string& error) override {
+        const FT_Error code = FT_Load_Glyph(face_.get(), index, kLoadFlags);
+        FT_GlyphSlot slot = face_->glyph;
+        if (code == 0 && std::max(slot->bitmap.width, slot->bitmap.rows) > unsigned{kMostGlyphSide}) {
+            error = path_ + ": got a glyph of " + std::to_string(slot->bitmap.width) + "x" +
+                    std::to_string(slot->bitmap.rows) + " pixels, expected at most " +
+                    std::to_string(kMostGlyphSide) + ": choose a smaller size";
+            return false;
+        }
+        if (code != 0 || !CopyCoverage(slot->bitmap, bitmap)) {
+            error = path_ + ": damaged font file, glyph " + std::to_string(index) +
+                    " cannot be drawn (error " + std::to_string(code) + ")";
+            return false;
+        }
+        bitmap.left = slot->bitmap_left;
+        bitmap.top = slot->bitmap_top;
+        bitmap.advance = RoundToPixel(slot->advance.x);
+        return true;
+    }
+
+    int Kerning(uint32_t left, uint32_t right) const override {
+        FT_Vector kerning{};
+        if (FT_Get_Kerning(face_.get(), left, right, FT_KERNING_DEFAULT, &kerning) != 0) {
+            return 0;
+        }
+        return RoundToPixel(kerning.x);
+    }
+
+  private:
+    std::string ReadBytes() {
+        std::error_code code;
+        const std::filesystem::file_status status = std::filesystem::status(path_, code);
+        if (!std::filesystem::exists(status)) {
+            return "no such font file";
+        }
+        if (!std::filesystem::is_regular_file(status)) {
+            return "not a file";
+        }
+        const uintmax_t size = std::filesystem::file_size(path_, code);
+        if (!code && size == 0) {
+            return "got an empty file, expected a font";
+        }
+        if (code || size > kMostBytes) {
+            return code ? "cannot be read: " + code.message()
+                        : "got " + std::to_string(size) + " bytes, expected a font file of at most 256 MiB";
+        }
+        bytes_.resize(static_cast<size_t>(size));
+        std::ifstream file(path_, std::ios::binary);
+        if (!file.read(reinterpret_cast<char*>(bytes_.data()), static_cast<std::streamsize>(size))) {
+            return "cannot be read";
+        }
+        return {};
+    }
+
+    static bool CopyCoverage(FT_Bitmap const& source, GlyphBitmap& bitmap) {
+        bitmap.width = static_cast<int>(source.width);
+        bitmap.height = static_cast<int>(source.rows);
+        if (bitmap.width == 0 || bitmap.height == 0) {
+            bitmap.width = bitmap.height = 0;
+            bitmap.coverage.clear();
+            return true;
+        }
+        const bool bits = source.pixel_mode == FT_PIXEL_MODE_MONO;
+        if (!bits && source.pixel_mode != FT_PIXEL_MODE_GRAY) {
+            return false;
+        }
+        bitmap.coverage.resize(size_t{source.width} * source.rows);
+        // A negative pitch means rows from the bottom.
+        uint8_t const* row = source.buffer;
+        if (source.pitch < 0) {
+            row += static_cast<size_t>(-source.pitch) * (source.rows - 1);
+        }
+        uint8_t* out = bitmap.coverage.data();
+        for (unsigned y = 0; y < source.rows; ++y, row += source.pitch) {
+            for (unsigned x = 0; x < source.width; ++x) {
+                const bool bit = bits && (row[x / 8] & (0x80 >> x % 8)) != 0;
+                *out++ = !bits ? row[x] : bit ? 255 : 0;
+            }
+        }
+        return true;
+    }
+
+    std::string path_;
+    // The face reads from the bytes as long as it lives.
+    std::vector<uint8_t> bytes_;
+    std::unique_ptr<FT_LibraryRec_, LibraryDeleter> library_;
+    std::unique_ptr<FT_FaceRec_, FaceDeleter> face_;
+};
+
+}  // namespace
+
+FontFile::~FontFile() = default;
+
+std::unique_ptr<FontFile> FontFile::Open(std::string const& path, int size, std::string& error) {
+    if (size < 1 || size > kMostPixels) {
+        error = path + ": got a font size of " + std::to_string(size) + ", expected 1 to " +
+                std::to_string(kMostPixels) + " pixels";
+        return nullptr;
+    }
+    auto file = std::make_unique<FreeTypeFile>();
+    const std::string problem = file->Load(path, size);
+    if (!problem.empty()) {
+        error = path + ": " + problem;
+        return nullptr;
+    }
+    return file;
+}
+
+}  // namespace zorvan
