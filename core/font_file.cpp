@@ -3,13 +3,13 @@
 #include <ft2build.h>
 #include FT_FREETYPE_H
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
+
+#include "core/file_bytes.h"
 
 namespace zorvan {
 namespace {
 
-constexpr uintmax_t kMostBytes = uintmax_t{256} << 20;
+constexpr uint32_t kMostBytes = 256u << 20;
 
 struct LibraryDeleter {
     void operator()(FT_Library library) const { FT_Done_FreeType(library); }
@@ -30,9 +30,13 @@ class FreeTypeFile final : public FontFile {
     // Empty on success.
     std::string Load(std::string const& path, int size) {
         path_ = path;
-        std::string problem = ReadBytes();
-        if (!problem.empty()) {
-            return problem;
+        FileBytes file = ReadFileBytes(path, kMostBytes);
+        if (!file.error.empty()) {
+            return file.error;
+        }
+        bytes_ = std::move(file.bytes);
+        if (bytes_.empty()) {
+            return "got an empty file, expected a font";
         }
         FT_Library library = nullptr;
         if (FT_Init_FreeType(&library) != 0) {
@@ -91,31 +95,6 @@ class FreeTypeFile final : public FontFile {
     }
 
   private:
-    std::string ReadBytes() {
-        std::error_code code;
-        const std::filesystem::file_status status = std::filesystem::status(path_, code);
-        if (!std::filesystem::exists(status)) {
-            return "no such font file";
-        }
-        if (!std::filesystem::is_regular_file(status)) {
-            return "not a file";
-        }
-        const uintmax_t size = std::filesystem::file_size(path_, code);
-        if (!code && size == 0) {
-            return "got an empty file, expected a font";
-        }
-        if (code || size > kMostBytes) {
-            return code ? "cannot be read: " + code.message()
-                        : "got " + std::to_string(size) + " bytes, expected a font file of at most 256 MiB";
-        }
-        bytes_.resize(static_cast<size_t>(size));
-        std::ifstream file(path_, std::ios::binary);
-        if (!file.read(reinterpret_cast<char*>(bytes_.data()), static_cast<std::streamsize>(size))) {
-            return "cannot be read";
-        }
-        return {};
-    }
-
     static bool CopyCoverage(FT_Bitmap const& source, GlyphBitmap& bitmap) {
         bitmap.width = static_cast<int>(source.width);
         bitmap.height = static_cast<int>(source.rows);

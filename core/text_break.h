@@ -23,7 +23,7 @@ constexpr bool IsInvisible(uint32_t c) {
            c == 0xFEFF || (c >= 0xE0000 && c <= 0xE0FFF);
 }
 
-// Hyphens and dashes: a line may break behind them.
+// Hyphens and dashes.
 constexpr bool IsHyphen(uint32_t c) {
     return c == '-' || c == 0x2010 || c == 0x2013 || c == 0x2014;
 }
@@ -42,6 +42,14 @@ constexpr bool IsClosing(uint32_t c) {
 }
 constexpr bool IsOpening(uint32_t c) {
     return (c >= 0x3008 && c <= 0x3010 && (c & 1) == 0) || c == 0xFF08;
+}
+
+// Whether a line may break between two letters of a word.
+constexpr bool BreaksBetween(uint32_t before, uint32_t c) {
+    if (IsClosing(c) || IsOpening(before)) {
+        return false;
+    }
+    return IsHyphen(before) ? !IsHyphen(c) : IsIdeographic(before) || IsIdeographic(c);
 }
 
 }  // namespace zorvan

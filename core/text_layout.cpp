@@ -71,7 +71,6 @@ class Layouter {
             pen_ += advance + letterSpacing_;
         }
         previous_ = nullptr;
-        afterHyphen_ = false;
         AllowBreak();
     }
 
@@ -81,7 +80,8 @@ class Layouter {
             return;
         }
         const bool inWord = previous_ != nullptr;
-        if ((afterHyphen_ && !IsHyphen(c)) || (inWord && IsIdeographic(c) && !IsClosing(c))) {
+        // A hyphen that begins a word is a minus or a bullet.
+        if (inWord && BreaksBetween(last_, c) && !(IsHyphen(last_) && lastBeganWord_)) {
             AllowBreak();
         }
         // A mark without advance stands on the letter before it.
@@ -95,11 +95,8 @@ class Layouter {
         inkEnd_ = pen_ + glyph->advance.raw;
         pen_ = inkEnd_ + letterSpacing_;
         previous_ = glyph;
-        // A hyphen that begins a word is a minus or a bullet.
-        afterHyphen_ = inWord && IsHyphen(c);
-        if (IsIdeographic(c) && !IsOpening(c)) {
-            AllowBreak();
-        }
+        last_ = c;
+        lastBeganWord_ = !inWord;
     }
 
     void AllowBreak() {
@@ -135,7 +132,7 @@ class Layouter {
         lineStart_ = out_.size();
         pen_ = inkEnd_ = 0;
         previous_ = nullptr;
-        afterHyphen_ = canBreak_ = false;
+        canBreak_ = false;
     }
 
     // Aligns the line's glyphs, those up to index; width reaches to the end of the last one.
@@ -196,7 +193,9 @@ class Layouter {
     size_t lineStart_ = 0;
     int64_t pen_ = 0, inkEnd_ = 0;
     Glyph const* previous_ = nullptr;
-    bool afterHyphen_ = false;
+    // The letter before the pen, as a character, while previous_ is set.
+    uint32_t last_ = 0;
+    bool lastBeganWord_ = false;
     // Its last place for a break: the first glyph behind it, and the line's end before it.
     bool canBreak_ = false;
     size_t break_ = 0;
