@@ -1,0 +1,118 @@
+#include "tools/qonvert/container.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+
+#include "texconv/format_table.h"
+#include "tools/qonvert/dds.h"
+#ifdef QONVERT_JPEG
+#include "tools/qonvert/jpeg.h"
+#endif
+#include "tools/qonvert/ktx1.h"
+#include "tools/qonvert/pkm.h"
+#include "tools/qonvert/png.h"
+#include "tools/qonvert/raw.h"
+
+namespace qonvert {
+
+namespace {
+
+#ifdef QONVERT_JPEG
+bool JpegCarries(std::uint32_t, const WriteOptions&) {
+    return false;
+}
+#endif
+
+const std::vector<Container>& Table() {
+    static const std::vector<Container> table = {
+        {"png",
+         "PNG, 8 and 16 bits per channel",
+         {"png"},
+         false,
+         false,
+         IsPng,
+         PngCarries,
+         ReadPng,
+         WritePng},
+#ifdef QONVERT_JPEG
+        {"jpeg", "JPEG, input only", {"jpg", "jpeg"}, false, false, IsJpeg, JpegCarries, ReadJpeg, nullptr},
+#endif
+        {"ktx", "KTX version 1", {"ktx"}, true, true, IsKtx1, Ktx1Carries, ReadKtx1, WriteKtx1},
+        {"dds", "DirectDraw surface", {"dds"}, true, false, IsDds, DdsCarries, ReadDds, WriteDds},
+        {"pkm", "PKM, ETC1 only", {"pkm"}, false, false, IsPkm, PkmCarries, ReadPkm, WritePkm},
+        {"raw", "pixels without a header", {"raw"}, true, false, IsRaw, RawCarries, ReadRaw, WriteRaw},
+    };
+    return table;
+}
+
+std::string LowerCase(std::string_view text) {
+    std::string lower(text);
+    for (char& c : lower) {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return lower;
+}
+
+}  // namespace
+
+std::span<const Container> Containers() {
+    return Table();
+}
+
+const Container* FindContainer(std::string_view nameOrExtension) {
+    const std::string wanted = LowerCase(nameOrExtension);
+    for (const Container& container : Table()) {
+        if (container.name == wanted || std::find(container.extensions.begin(), container.extensions.end(),
+                                                  wanted) != container.extensions.end()) {
+            return &container;
+        }
+    }
+    return nullptr;
+}
+
+const Container* ContainerOfPath(std::string_view path) {
+    const std::size_t slash = path.find_last_of('/');
+    const std::string_view name = slash == std::string_view::npos ? path : path.substr(slash + 1);
+    const std::size_t dot = name.find_last_of('.');
+    return dot == std::string_view::npos ? nullptr : FindContainer(name.substr(dot + 1));
+}
+
+const Container* ContainerOfBytes(ByteSpan bytes) {
+    for (const Container& container : Table()) {
+        if (container.recognises(bytes)) {
+            return &container;
+        }
+    }
+    return nullptr;
+}
+
+std::string ContainersThatCarry(std::uint32_t format, const WriteOptions& options) {
+    std::string names;
+    for (const Container& container : Table()) {
+        if (container.carries(format, options)) {
+            names += (names.empty() ? "" : ", ") + std::string(container.name);
+        }
+    }
+    return names;
+}
+
+void CheckCarries(const Container& container, std::uint32_t format, const WriteOptions& options) {
+    if (container.write == nullptr) {
+        throw ToolError(ExitCode::kUnsupported, std::string(container.name) + " is only read, not written");
+    }
+    if (!container.carries(format, options)) {
+        const auto* info = QXTextureConverter::FindFormat(format);
+        throw ToolError(ExitCode::kUnsupported,
+                        std::string(container.name) + " cannot carry " +
+                            (info != nullptr ? std::string(info->name + 4) : std::to_string(format)) +
+                            "; these can: " + ContainersThatCarry(format, options));
+    }
+}
+
+Bytes WriteContainer(const Container& container, const TextureFile& texture, const WriteOptions& options) {
+    CheckCarries(container, texture.format, options);
+    return container.write(texture, options);
+}
+
+}  // namespace qonvert

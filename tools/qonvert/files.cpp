@@ -1,0 +1,167 @@
+#include "tools/qonvert/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "tools/qonvert/finding.h"
+
+namespace qonvert {
+
+namespace {
+
+// No container holds a texture that is larger.
+constexpr std::uint64_t kMaxFileBytes = std::uint64_t{1} << 31;
+constexpr std::size_t kPiece = std::size_t{1} << 20;
+
+[[noreturn]] void FailIo(const std::string& path, const std::string& why) {
+    throw ToolError(ExitCode::kIo, path + ": " + why);
+}
+
+// Closes a descriptor at the end of its scope; standard streams stay open.
+struct Descriptor {
+    int number = -1;
+    explicit Descriptor(int n) : number(n) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor() {
+        if (number > 2) {
+            close(number);
+        }
+    }
+};
+
+// Reads in pieces, so that memory follows what is there, not what is claimed.
+Bytes ReadAll(int descriptor, const std::string& path) {
+    Bytes bytes;
+    for (;;) {
+        const std::size_t before = bytes.size();
+        bytes.resize(before + kPiece);
+        const ssize_t got = read(descriptor, bytes.data() + before, kPiece);
+        if (got < 0 && errno != EINTR) {
+            FailIo(path, std::strerror(errno));
+        }
+        bytes.resize(before + static_cast<std::size_t>(got > 0 ? got : 0));
+        if (got == 0) {
+            return bytes;
+        }
+        if (bytes.size() > kMaxFileBytes) {
+            FailIo(path, "larger than 2 GiB");
+        }
+    }
+}
+
+void WriteAll(int descriptor, ByteSpan bytes, const std::string& path) {
+    while (!bytes.empty()) {
+        const ssize_t put = write(descriptor, bytes.data(), bytes.size());
+        if (put < 0 && errno != EINTR) {
+            FailIo(path, std::strerror(errno));
+        }
+        bytes = bytes.subspan(static_cast<std::size_t>(put > 0 ? put : 0));
+    }
+}
+
+// Removes the temporary file unless it has become the real one.
+class Temporary {
+  public:
+    explicit Temporary(const std::string& target) : target_(target), name_(target + ".XXXXXX") {
+        descriptor_ = mkstemp(name_.data());
+        if (descriptor_ < 0) {
+            FailIo(target, std::strerror(errno));
+        }
+    }
+    Temporary(const Temporary&) = delete;
+    Temporary& operator=(const Temporary&) = delete;
+    ~Temporary() {
+        if (descriptor_ >= 0) {
+            close(descriptor_);
+        }
+        if (!name_.empty()) {
+            unlink(name_.c_str());
+        }
+    }
+
+    void Write(ByteSpan bytes) {
+        WriteAll(descriptor_, bytes, target_);
+        const mode_t mask = umask(0);
+        umask(mask);
+        fchmod(descriptor_, 0666 & ~mask);
+        const int closed = close(descriptor_);
+        descriptor_ = -1;
+        if (closed != 0) {
+            FailIo(target_, std::strerror(errno));
+        }
+    }
+
+    void Become(bool overwrite) {
+        // A link never replaces a file; where the file system has none, a rename must do.
+        const bool linked = !overwrite && link(name_.c_str(), target_.c_str()) == 0;
+        if (!overwrite && !linked && errno == EEXIST) {
+            FailIo(target_, "exists; --overwrite replaces it");
+        }
+        if (linked) {
+            return;
+        }
+        if (rename(name_.c_str(), target_.c_str()) != 0) {
+            FailIo(target_, std::strerror(errno));
+        }
+        name_.clear();
+    }
+
+  private:
+    std::string target_;
+    std::string name_;
+    int descriptor_ = -1;
+};
+
+}  // namespace
+
+Bytes ReadFile(const std::string& path) {
+    if (IsStandardStream(path)) {
+        return ReadAll(STDIN_FILENO, "standard input");
+    }
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.number < 0) {
+        FailIo(path, std::strerror(errno));
+    }
+    return ReadAll(file.number, path);
+}
+
+void CheckWritable(const std::string& path, bool overwrite) {
+    struct stat status {};
+    if (IsStandardStream(path) || stat(path.c_str(), &status) != 0) {
+        return;
+    }
+    if (S_ISDIR(status.st_mode)) {
+        FailIo(path, "is a directory");
+    }
+    if (!overwrite) {
+        FailIo(path, "exists; --overwrite replaces it");
+    }
+}
+
+void WriteFile(const std::string& path, ByteSpan bytes, bool overwrite) {
+    if (IsStandardStream(path)) {
+        WriteAll(STDOUT_FILENO, bytes, "standard output");
+        return;
+    }
+    CheckWritable(path, overwrite);
+    struct stat status {};
+    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+        // A device or a pipe cannot be renamed over.
+        const Descriptor device(open(path.c_str(), O_WRONLY | O_CLOEXEC));
+        if (device.number < 0) {
+            FailIo(path, std::strerror(errno));
+        }
+        WriteAll(device.number, bytes, path);
+        return;
+    }
+    Temporary temporary(path);
+    temporary.Write(bytes);
+    temporary.Become(overwrite);
+}
+
+}  // namespace qonvert

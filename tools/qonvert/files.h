@@ -1,0 +1,24 @@
+// Whole files in and out. "-" is standard input or output.
+#pragma once
+
+#include <string>
+
+#include "tools/qonvert/texture_file.h"
+
+namespace qonvert {
+
+inline bool IsStandardStream(const std::string& path) {
+    return path == "-";
+}
+
+// Throws ToolError (I/O) when the file cannot be read.
+Bytes ReadFile(const std::string& path);
+
+// Throws ToolError (I/O) when `path` exists and may not be replaced.
+void CheckWritable(const std::string& path, bool overwrite);
+
+// Writes a temporary file beside `path` and renames it, so that there is the whole file or none.
+// Throws ToolError (I/O), also when the file exists and `overwrite` is not set.
+void WriteFile(const std::string& path, ByteSpan bytes, bool overwrite);
+
+}  // namespace qonvert

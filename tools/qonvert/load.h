@@ -1,0 +1,29 @@
+// A texture file from a path, a device or standard input.
+#pragma once
+
+#include <string>
+
+#include "tools/qonvert/container.h"
+
+namespace qonvert {
+
+struct LoadedTexture {
+    const Container* container = nullptr;
+    TextureFile texture;
+    std::uint64_t fileBytes = 0;
+};
+
+// "WxH:FORMAT" of a headerless picture into `options`. Throws ToolError (usage).
+void ParseRaw(const std::string& text, ReadOptions& options);
+
+// The container of an input: `named` where given, else by the extension, else by the first bytes; raw
+// where `options` describe a headerless picture and neither says otherwise. Rejects what none reads.
+const Container& InputContainer(const std::string& path, const std::string& named, ByteSpan bytes,
+                                const ReadOptions& options);
+
+// Reads and checks a whole file. Throws ToolError with the path in front; `findings` then still holds
+// what was noted before.
+LoadedTexture LoadTexture(const std::string& path, const std::string& named, const ReadOptions& options,
+                          Findings& findings);
+
+}  // namespace qonvert

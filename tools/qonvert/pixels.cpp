@@ -1,0 +1,97 @@
+#include "tools/qonvert/pixels.h"
+
+#include "texconv/format_table.h"
+#include "tools/qonvert/finding.h"
+
+namespace qonvert {
+
+namespace {
+
+constexpr std::uint32_t kQuiet = 1;  // TFormatFlags::nMode
+
+bool IsFloat(std::uint32_t format) {
+    const auto* info = QXTextureConverter::FindFormat(format);
+    return info != nullptr && info->IsFloat();
+}
+
+// The converter's sizes are 32-bit words; so must be its working image, of 4 or 16 bytes a pixel.
+void CheckWorkingSize(std::uint32_t width, std::uint32_t height, std::uint64_t bytesPerPixel) {
+    if (width == 0 || height == 0 || width > kMaxSide || height > kMaxSide ||
+        std::uint64_t{width} * height * bytesPerPixel > UINT32_MAX) {
+        throw ToolError(ExitCode::kUnsupported,
+                        "a picture of " + std::to_string(width) + " x " + std::to_string(height) +
+                            " is not possible; sides are 1 to " + std::to_string(kMaxSide) +
+                            ", and its pixels take up to 4 GiB");
+    }
+}
+
+void CheckBytes(const char* which, std::uint64_t got, std::uint64_t expected) {
+    if (got != expected) {
+        throw ToolError(ExitCode::kRuntime, std::string("internal: ") + which + " pixels take " +
+                                                std::to_string(got) + " bytes, expected " +
+                                                std::to_string(expected));
+    }
+}
+
+TQonvertImage Describe(const Picture& picture, TFormatFlags& flags) {
+    // The converter only reads a source, though its descriptor is the same as a destination's.
+    return {picture.width,
+            picture.height,
+            picture.format,
+            &flags,
+            static_cast<std::uint32_t>(picture.bytes.size()),
+            const_cast<std::uint8_t*>(picture.bytes.data())};
+}
+
+}  // namespace
+
+void ConvertPictureInto(const Picture& source, std::uint32_t format, std::uint32_t width,
+                        std::uint32_t height, const Steps& steps, std::span<std::uint8_t> out) {
+    const std::uint64_t perPixel = IsFloat(source.format) || IsFloat(format) ? 16 : 4;
+    CheckWorkingSize(source.width, source.height, perPixel);
+    CheckWorkingSize(width, height, perPixel);
+    CheckBytes("source", source.bytes.size(), PictureBytes(source.format, source.width, source.height));
+    CheckBytes("destination", out.size(), PictureBytes(format, width, height));
+
+    TFormatFlags sourceFlags{};
+    sourceFlags.nMode = kQuiet;
+    TQonvertImage from = Describe(source, sourceFlags);
+    TFormatFlags flags{};
+    flags.nMirrorX = steps.mirrorX;
+    flags.nFlipY = steps.flipY;
+    flags.nFastCompress = steps.fastCompress;
+    flags.nScaleFilter = steps.filter;
+    flags.nBumpmap = steps.normalMap;
+    flags.nBumpmapHeight = static_cast<std::uint32_t>(steps.strengthTenths);
+    flags.nBumpmapWrap = steps.wrap;
+    flags.nMode = kQuiet;
+    TQonvertImage to{width, height, format, &flags, static_cast<std::uint32_t>(out.size()), out.data()};
+    Qonvert(&from, &to);
+}
+
+Bytes ConvertPicture(const Picture& source, std::uint32_t format, std::uint32_t width, std::uint32_t height,
+                     const Steps& steps) {
+    CheckWorkingSize(width, height, IsFloat(source.format) || IsFloat(format) ? 16 : 4);
+    Bytes out(PictureBytes(format, width, height));
+    ConvertPictureInto(source, format, width, height, steps, out);
+    return out;
+}
+
+Bytes ConvertMaskedPixels(const Picture& source, const std::uint32_t (&masks)[4], std::uint32_t format) {
+    CheckWorkingSize(source.width, source.height, 4);
+    CheckBytes("source", source.bytes.size(), PictureBytes(source.format, source.width, source.height));
+    TFormatFlags flags{};
+    flags.nMaskRed = masks[0];
+    flags.nMaskGreen = masks[1];
+    flags.nMaskBlue = masks[2];
+    flags.nMaskAlpha = masks[3];
+    flags.nMode = kQuiet;
+    TQonvertImage from = Describe(source, flags);
+    Bytes out(PictureBytes(format, source.width, source.height));
+    TQonvertImage to{source.width, source.height, format, nullptr, static_cast<std::uint32_t>(out.size()),
+                     out.data()};
+    Qonvert(&from, &to);
+    return out;
+}
+
+}  // namespace qonvert

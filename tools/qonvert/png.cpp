@@ -1,0 +1,321 @@
+#include "tools/qonvert/png.h"
+
+#include <bit>
+#include <csetjmp>
+#include <cstring>
+
+#include <png.h>
+
+#include "texconv/format_table.h"
+#include "tools/qonvert/pixels.h"
+#include "tools/qonvert/png_samples.h"
+
+namespace qonvert {
+
+using QXTextureConverter::FindFormat;
+using QXTextureConverter::FormatInfo;
+
+namespace {
+
+// What libpng calls back into. Its errors come back to the last setjmp.
+struct Codec {
+    png_structp png = nullptr;
+    png_infop info = nullptr;
+    bool reads = false;
+    ByteSpan in;
+    std::size_t at = 0;
+    Bytes out;
+    char message[200] = {};
+    Findings* findings = nullptr;
+
+    explicit Codec(bool reading) : reads(reading) {}
+    Codec(const Codec&) = delete;
+    Codec& operator=(const Codec&) = delete;
+    ~Codec() {
+        if (reads) {
+            png_destroy_read_struct(&png, &info, nullptr);
+        } else {
+            png_destroy_write_struct(&png, &info);
+        }
+    }
+};
+
+[[noreturn]] void OnError(png_structp png, png_const_charp message) {
+    auto* codec = static_cast<Codec*>(png_get_error_ptr(png));
+    std::strncpy(codec->message, message, sizeof codec->message - 1);
+    png_longjmp(png, 1);
+}
+
+void OnWarning(png_structp png, png_const_charp message) {
+    auto* codec = static_cast<Codec*>(png_get_error_ptr(png));
+    if (codec->findings != nullptr && codec->findings->size() < 20) {
+        codec->findings->push_back({FindingNumber::kOddStream, "PNG data", message, ""});
+    }
+}
+
+void OnRead(png_structp png, png_bytep out, std::size_t count) {
+    auto* codec = static_cast<Codec*>(png_get_io_ptr(png));
+    if (count > codec->in.size() - codec->at) {
+        png_error(png, "the file ends early");
+    }
+    std::memcpy(out, codec->in.data() + codec->at, count);
+    codec->at += count;
+}
+
+void OnWrite(png_structp png, png_bytep bytes, std::size_t count) {
+    auto* codec = static_cast<Codec*>(png_get_io_ptr(png));
+    codec->out.insert(codec->out.end(), bytes, bytes + count);
+}
+
+void OnFlush(png_structp) {}
+
+// Largest ancillary chunk that is unpacked, bytes.
+constexpr png_alloc_size_t kChunkLimit = 8000000;
+
+bool Start(Codec& codec) {
+    codec.png = codec.reads ? png_create_read_struct(PNG_LIBPNG_VER_STRING, &codec, OnError, OnWarning)
+                            : png_create_write_struct(PNG_LIBPNG_VER_STRING, &codec, OnError, OnWarning);
+    if (codec.png == nullptr) {
+        return false;
+    }
+    codec.info = png_create_info_struct(codec.png);
+    return codec.info != nullptr;
+}
+
+// Each step below holds nothing with a destructor, so that an error may jump out of it.
+
+bool ReadInfo(Codec& codec) {
+    if (setjmp(png_jmpbuf(codec.png)) != 0) {
+        return false;
+    }
+    png_set_read_fn(codec.png, &codec, OnRead);
+    png_set_user_limits(codec.png, kMaxSide, kMaxSide);
+    png_set_chunk_malloc_max(codec.png, kChunkLimit);
+    png_read_info(codec.png, codec.info);
+    return true;
+}
+
+// Unpacks to whole bytes per sample; 16-bit samples are kept or cut to their top 8 bits.
+bool ApplyTransforms(Codec& codec, bool keepDeep, bool bigEndianHost) {
+    if (setjmp(png_jmpbuf(codec.png)) != 0) {
+        return false;
+    }
+    const png_byte type = png_get_color_type(codec.png, codec.info);
+    if (type == PNG_COLOR_TYPE_PALETTE) {
+        png_set_packing(codec.png);
+    } else {
+        png_set_expand_gray_1_2_4_to_8(codec.png);
+        if (png_get_valid(codec.png, codec.info, PNG_INFO_tRNS) != 0) {
+            png_set_tRNS_to_alpha(codec.png);
+        }
+        if (png_get_bit_depth(codec.png, codec.info) == 16) {
+            if (!keepDeep) {
+                png_set_strip_16(codec.png);
+            } else if (!bigEndianHost) {
+                png_set_swap(codec.png);
+            }
+        }
+    }
+    png_set_interlace_handling(codec.png);
+    png_read_update_info(codec.png, codec.info);
+    return true;
+}
+
+bool ReadRows(Codec& codec, png_bytep* rows) {
+    if (setjmp(png_jmpbuf(codec.png)) != 0) {
+        return false;
+    }
+    png_read_image(codec.png, rows);
+    png_read_end(codec.png, codec.info);
+    return true;
+}
+
+struct Header {
+    int depth;
+    int type;
+    const png_color* colours;
+    int colourCount;
+    const png_byte* alphas;
+    int alphaCount;
+};
+
+bool WriteAll(Codec& codec, const Header& header, png_uint_32 width, png_uint_32 height, png_bytep* rows) {
+    if (setjmp(png_jmpbuf(codec.png)) != 0) {
+        return false;
+    }
+    png_set_write_fn(codec.png, &codec, OnWrite, OnFlush);
+    png_set_IHDR(codec.png, codec.info, width, height, header.depth, header.type, PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
+    if (header.colourCount != 0) {
+        png_set_PLTE(codec.png, codec.info, header.colours, header.colourCount);
+    }
+    if (header.alphaCount != 0) {
+        png_set_tRNS(codec.png, codec.info, header.alphas, header.alphaCount, nullptr);
+    }
+    png_write_info(codec.png, codec.info);
+    png_write_image(codec.png, rows);
+    png_write_end(codec.png, codec.info);
+    return true;
+}
+
+[[noreturn]] void RejectStream(const Codec& codec) {
+    Reject(FindingNumber::kDamagedStream, "PNG data", codec.message, "a whole picture");
+}
+
+// Deflate shrinks at most 1032 times; a picture that claims more is not in the file.
+void CheckSizeAgainstFile(std::uint64_t pictureBytes, std::uint64_t fileBytes) {
+    if (pictureBytes / 1032 > fileBytes) {
+        Reject(FindingNumber::kDataMissing, "pixels", std::to_string(fileBytes) + " bytes in the file",
+               "data for " + std::to_string(pictureBytes) + " bytes of pixels");
+    }
+}
+
+std::vector<png_bytep> RowPointers(Bytes& pixels, std::size_t rowBytes) {
+    std::vector<png_bytep> rows(pixels.size() / rowBytes);
+    for (std::size_t y = 0; y < rows.size(); ++y) {
+        rows[y] = pixels.data() + y * rowBytes;
+    }
+    return rows;
+}
+
+std::string Encoding(Codec& codec) {
+    const int depth = png_get_bit_depth(codec.png, codec.info);
+    const int type = png_get_color_type(codec.png, codec.info);
+    const char* kind = type == PNG_COLOR_TYPE_PALETTE      ? "indexed"
+                       : type == PNG_COLOR_TYPE_GRAY       ? "grey"
+                       : type == PNG_COLOR_TYPE_GRAY_ALPHA ? "grey and alpha"
+                       : type == PNG_COLOR_TYPE_RGB        ? "RGB"
+                                                           : "RGBA";
+    return std::to_string(depth) + "-bit " + kind;
+}
+
+PngPalette ReadPalette(Codec& codec) {
+    PngPalette palette;
+    png_colorp colours = nullptr;
+    int count = 0;
+    png_get_PLTE(codec.png, codec.info, &colours, &count);
+    png_bytep alphas = nullptr;
+    int alphaCount = 0;
+    png_get_tRNS(codec.png, codec.info, &alphas, &alphaCount, nullptr);
+    palette.hasAlpha = alphaCount > 0;
+    for (int i = 0; i < count; ++i) {
+        const std::uint8_t alpha = i < alphaCount ? alphas[i] : 255;
+        palette.entries.push_back({colours[i].red, colours[i].green, colours[i].blue, alpha});
+    }
+    return palette;
+}
+
+// The picture's rows, one byte or one 16-bit word per sample.
+Bytes ReadSamples(Codec& codec) {
+    const std::size_t rowBytes = png_get_rowbytes(codec.png, codec.info);
+    Bytes samples(rowBytes * png_get_image_height(codec.png, codec.info));
+    std::vector<png_bytep> rows = RowPointers(samples, rowBytes);
+    if (!ReadRows(codec, rows.data())) {
+        RejectStream(codec);
+    }
+    return samples;
+}
+
+constexpr bool kBigEndianHost = std::endian::native == std::endian::big;
+
+}  // namespace
+
+bool IsPng(ByteSpan bytes) {
+    return bytes.size() >= 8 && png_sig_cmp(bytes.data(), 0, 8) == 0;
+}
+
+bool PngCarries(std::uint32_t format, const WriteOptions& options) {
+    const FormatInfo* info = FindFormat(format);
+    if (info == nullptr) {
+        return false;
+    }
+    if (info->IsFloat()) {
+        return options.pngDeepFloats && info->floatChannels != QXTextureConverter::FloatChannels::kA;
+    }
+    return info->IsPalette() || format == FMT_RGBA8888 || format == FMT_RGB888 || format == FMT_L8 ||
+           format == FMT_LA88 || format == FMT_L16;
+}
+
+TextureFile ReadPng(ByteSpan bytes, const ReadOptions& options, Findings& findings) {
+    if (bytes.size() < 8) {
+        Reject(FindingNumber::kHeaderTruncated, "identifier", std::to_string(bytes.size()) + " bytes", "8");
+    }
+    if (!IsPng(bytes)) {
+        Reject(FindingNumber::kWrongMagic, "identifier", "other bytes", "the 8 bytes of PNG");
+    }
+    Codec codec(true);
+    codec.in = bytes;
+    codec.findings = &findings;
+    if (!Start(codec)) {
+        throw ToolError(ExitCode::kRuntime, "libpng cannot start");
+    }
+    if (!ReadInfo(codec)) {
+        RejectStream(codec);
+    }
+    const std::uint32_t width = png_get_image_width(codec.png, codec.info);
+    const std::uint32_t height = png_get_image_height(codec.png, codec.info);
+    CheckPictureSize(width, height);
+    CheckSizeAgainstFile(std::uint64_t{png_get_rowbytes(codec.png, codec.info)} * height, bytes.size());
+
+    TextureFile texture;
+    texture.width = width;
+    texture.height = height;
+    texture.origin = Origin::kTopLeft;
+    texture.encoding = Encoding(codec);
+    const bool deep = png_get_bit_depth(codec.png, codec.info) == 16;
+    const bool indexed = png_get_color_type(codec.png, codec.info) == PNG_COLOR_TYPE_PALETTE;
+    const int sourceDepth = png_get_bit_depth(codec.png, codec.info);
+    DeepSamples wish = deep ? options.deepSamples : DeepSamples::kTopByte;
+    const bool onlyGrey = png_get_color_type(codec.png, codec.info) == PNG_COLOR_TYPE_GRAY &&
+                          png_get_valid(codec.png, codec.info, PNG_INFO_tRNS) == 0;
+    if (wish == DeepSamples::kLuminance16 && !onlyGrey) {
+        wish = DeepSamples::kTopByte;
+    }
+    const bool keepDeep = wish != DeepSamples::kTopByte;
+    if (!ApplyTransforms(codec, keepDeep, kBigEndianHost)) {
+        RejectStream(codec);
+    }
+    const PngPalette palette = indexed ? ReadPalette(codec) : PngPalette{};
+    const unsigned channels = png_get_channels(codec.png, codec.info);
+    Bytes samples = ReadSamples(codec);
+    if (codec.at != bytes.size()) {
+        findings.push_back({FindingNumber::kTrailingBytes, "bytes after the picture",
+                            std::to_string(bytes.size() - codec.at), "0"});
+    }
+    if (indexed) {
+        PackIndexed(samples, palette, sourceDepth, texture, findings);
+    } else if (keepDeep) {
+        PackDeep(samples, channels, wish, texture);
+    } else {
+        PackBytes(std::move(samples), channels, texture);
+    }
+    return texture;
+}
+
+Bytes WritePng(const TextureFile& texture, const WriteOptions&) {
+    PngPicture picture = UnpackForPng(texture);
+    Codec codec(false);
+    if (!Start(codec)) {
+        throw ToolError(ExitCode::kRuntime, "libpng cannot start");
+    }
+    std::vector<png_color> colours;
+    std::vector<png_byte> alphas;
+    for (const auto& entry : picture.palette.entries) {
+        colours.push_back({entry[0], entry[1], entry[2]});
+        if (picture.palette.hasAlpha) {
+            alphas.push_back(entry[3]);
+        }
+    }
+    constexpr int kTypes[] = {PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA, PNG_COLOR_TYPE_RGB,
+                              PNG_COLOR_TYPE_RGB_ALPHA};
+    const int type = colours.empty() ? kTypes[picture.channels - 1] : PNG_COLOR_TYPE_PALETTE;
+    std::vector<png_bytep> rows = RowPointers(picture.rows, picture.rowBytes);
+    const Header header{static_cast<int>(picture.depth),  type,          colours.data(),
+                        static_cast<int>(colours.size()), alphas.data(), static_cast<int>(alphas.size())};
+    if (!WriteAll(codec, header, texture.width, texture.height, rows.data())) {
+        throw ToolError(ExitCode::kRuntime, std::string("cannot write png: ") + codec.message);
+    }
+    return std::move(codec.out);
+}
+
+}  // namespace qonvert
