@@ -41,6 +41,17 @@ bool ForEach(JsonReader& reader, char const* key, ReadElement&& read) {
     return !reader.Failed();
 }
 
+// Adds a resource's name to those of its kind.
+bool TakeName(JsonReader& reader, std::string const& name, std::unordered_set<std::string>& names,
+              char const* kind) {
+    if (name.empty() || !names.insert(name).second) {
+        reader.Fail("name", "got " + (name.empty() ? "no name" : "\"" + name + "\" again") +
+                                ", expected a name that no other " + kind + " has");
+        return false;
+    }
+    return true;
+}
+
 template <typename T>
 void WriteEach(JsonWriter& writer, char const* key, std::vector<RefT<T>> const& objects) {
     if (objects.empty()) {
@@ -84,8 +95,8 @@ bool Scene::Read(JsonReader& reader) {
 }
 
 bool Scene::ReadAll(JsonReader& reader) {
-    return ReadHeader(reader) && ReadTextures(reader) && ReadShaders(reader) && ReadRoot(reader) &&
-           reader.Finish();
+    return ReadHeader(reader) && ReadTextures(reader) && ReadFonts(reader) && ReadShaders(reader) &&
+           ReadRoot(reader) && InitializeFonts(reader) && reader.Finish();
 }
 
 bool Scene::ReadHeader(JsonReader& reader) {
@@ -123,15 +134,35 @@ bool Scene::ReadTextures(JsonReader& reader) {
         if (!texture || !texture->Load(reader)) {
             return;
         }
-        if (texture->name.empty() || !names.insert(texture->name).second) {
-            reader.Fail("name", "got " +
-                                    (texture->name.empty() ? "no name" : "\"" + texture->name + "\" again") +
-                                    ", expected a name that no other texture has");
+        if (!TakeName(reader, texture->name, names, "texture")) {
             return;
         }
         reader.AddTexture(texture.Get());
         textures.push_back(std::move(texture));
     });
+}
+
+bool Scene::ReadFonts(JsonReader& reader) {
+    std::unordered_set<std::string> names;
+    return ForEach(reader, "fonts", [&] {
+        RefT<Font> font = Create<Font>(reader, MakeClassId(u"Font"), "font");
+        if (!font || !font->Load(reader) || !TakeName(reader, font->name, names, "font")) {
+            return;
+        }
+        reader.AddFont(font.Get());
+        fonts.push_back(std::move(font));
+    });
+}
+
+// The texts have asked for their characters by now.
+bool Scene::InitializeFonts(JsonReader& reader) {
+    for (RefT<Font> const& font : fonts) {
+        if (!font->Initialize()) {
+            reader.Fail(nullptr, "out of memory for the glyphs of the font \"" + font->name + "\"");
+            return false;
+        }
+    }
+    return true;
 }
 
 bool Scene::ReadShaders(JsonReader& reader) {
@@ -188,6 +219,7 @@ bool Scene::Save(std::string& text) {
     JsonWriter writer;
     WriteHeader(writer);
     WriteEach(writer, "textures", textures);
+    WriteEach(writer, "fonts", fonts);
     WriteEach(writer, "shaders", shaders);
     if (root) {
         writer.BeginObject("root");

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/font.h"
 #include "core/shader.h"
 #include "core/texture.h"
 #include "core/timeline.h"
@@ -39,6 +40,8 @@ class ZORVAN_CORE_API Scene {
     // Size of the orthographic camera in pixels, or none for the device's default camera.
     std::optional<SizeT<RealFixed>> camera2d;
     std::vector<RefT<Texture>> textures;
+    // With the pages that the scene's texts need.
+    std::vector<RefT<Font>> fonts;
     // Also in the registry of shaders, from which the host releases them.
     std::vector<RefT<Shader>> shaders;
     RefT<Timeline> root;
@@ -48,8 +51,10 @@ class ZORVAN_CORE_API Scene {
     bool ReadAll(JsonReader& reader);
     bool ReadHeader(JsonReader& reader);
     bool ReadTextures(JsonReader& reader);
+    bool ReadFonts(JsonReader& reader);
     bool ReadShaders(JsonReader& reader);
     bool ReadRoot(JsonReader& reader);
+    bool InitializeFonts(JsonReader& reader);
     void WriteHeader(JsonWriter& writer) const;
 
     std::string error_;
