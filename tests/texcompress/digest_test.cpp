@@ -1,0 +1,42 @@
+// The promised bytes: digests of each encoder's blocks over a hard corpus and of what they decode to.
+// They are the same for every compiler, optimization level and CPU.
+#include <gtest/gtest.h>
+
+#include <cinttypes>
+#include <cstdio>
+
+#include "codec_calls.h"
+
+namespace zorvan::texcompress {
+namespace {
+
+// Blocks, then pixels; in the order of kEncoderCases.
+constexpr std::array<const char*, kEncoderCases.size()> kDigests = {
+    "516b05e96486b7d0 875efcf2ee1bff51", "d44acf20898e2790 4ffc0147ebd7e318",
+    "c2ab6012d2e70eb7 b95ff5752a0b4f44", "1722b80893c83893 a237b78d6ba12c5b",
+    "67e94b300cb5cc96 0c566d8c821ecfdf", "133cd56db5fd3d00 01496dcef4a011e5",
+    "934000584d63aa95 1bf5766e1fc4391a", "78b821f4f70aec38 0ceae38d9ec5c5c1",
+    "083c3a5cef47bffb 8947fe495b87131a", "81ff9633cadd2754 ceb112859b340240",
+    "044822803c984df9 df1059fbe51b5dfc",
+};
+
+std::string Hex(const std::vector<uint8_t>& data) {
+    std::array<char, 17> text;
+    std::snprintf(text.data(), text.size(), "%016" PRIx64, Digest(data.data(), data.size()));
+    return text.data();
+}
+
+TEST(Digest, CorpusHasThePromisedBytes) {
+    const TestImage corpus = CorpusImage(259, 130);
+    for (size_t i = 0; i < kEncoderCases.size(); ++i) {
+        const EncoderCase& encoder = kEncoderCases[i];
+        uint32_t status;
+        const std::vector<uint8_t> blocks = Encode(encoder, corpus, status);
+        const bool fast = encoder.entry == EncoderCase::Entry::kAtiTcFast;
+        EXPECT_EQ(status, fast ? TXC_ERR_LOW_QUALITY : TXC_OK) << encoder.name;
+        EXPECT_EQ(Hex(blocks) + ' ' + Hex(Decode(encoder, corpus, blocks)), kDigests[i]) << encoder.name;
+    }
+}
+
+}  // namespace
+}  // namespace zorvan::texcompress
