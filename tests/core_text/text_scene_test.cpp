@@ -16,12 +16,17 @@ class PlainText final : public Text {
     char const* GetClassName() override { return "Text"; }
 };
 
+class PlainTimeline final : public Timeline {
+  public:
+    char const* GetClassName() override { return "Timeline"; }
+};
+
 class SceneTest : public testing::Test {
   protected:
     void SetUp() override {
         registry_.RegisterClass(new Maker<RecordingFont>(MakeClassId(u"Font")));
         registry_.RegisterClass(new Maker<PlainText>(MakeClassId(u"Text")));
-        registry_.RegisterClass(new Maker<Timeline>(MakeClassId(u"Timeline")));
+        registry_.RegisterClass(new Maker<PlainTimeline>(MakeClassId(u"Timeline")));
         if (!std::filesystem::exists(kDejaVu)) {
             GTEST_SKIP() << kDejaVu << " is missing: install fonts-dejavu-core";
         }
