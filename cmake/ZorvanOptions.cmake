@@ -53,7 +53,7 @@ function(zorvan_find_googletest)
   endif()
 endfunction()
 
-# zorvan_test(NAME SOURCES ... LIBS ... LABELS ... ENV ...)
+# zorvan_test(NAME SOURCES ... LIBS ... LABELS label ENV variable=value)
 # One GoogleTest program; CTest lists each of its cases.
 function(zorvan_test name)
   cmake_parse_arguments(arg "" "" "SOURCES;LIBS;LABELS;ENV" ${ARGN})
@@ -61,7 +61,13 @@ function(zorvan_test name)
   zorvan_target(${name})
   target_link_libraries(${name} PRIVATE ${arg_LIBS} GTest::gtest_main)
   include(GoogleTest)
-  gtest_discover_tests(${name}
-    DISCOVERY_TIMEOUT 60
-    PROPERTIES LABELS "${arg_LABELS}" ENVIRONMENT "${arg_ENV}" TIMEOUT 600)
+  # An empty value would vanish and let its property take the next one's name for a value.
+  set(properties TIMEOUT 600)
+  if(arg_LABELS)
+    list(APPEND properties LABELS ${arg_LABELS})
+  endif()
+  if(arg_ENV)
+    list(APPEND properties ENVIRONMENT ${arg_ENV})
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()
