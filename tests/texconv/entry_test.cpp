@@ -113,90 +113,50 @@ TEST(Info, FlagsOverrideAndDefault) {
               std::vector<std::string>{"ImgInfo missing info field"});
 }
 
-struct CheckRow {
-    const char* what;
-    TQonvertImage source, destination;
-    TCheck path;
-    std::vector<std::string> messages;
-};
-
 TEST(Check, ReportsInOrderAndChoosesThePath) {
-    std::uint8_t bytes[64] = {};
-    TFormatFlags quiet{}, version{}, loud{};
-    quiet.nMode = 1;
-    version.nMode = 2;
-    loud.nMode = 3;
-    const CheckRow rows[] = {
-        {"plain pair",
-         {1, 1, FMT_L8, nullptr, 1, bytes},
-         {1, 1, FMT_A8, nullptr, 1, bytes},
-         CHECK_GENERIC,
-         {}},
-        {"float pair",
-         {1, 1, FMT_L16F, nullptr, 2, bytes},
-         {1, 1, FMT_L32F, nullptr, 4, bytes},
-         CHECK_FLOAT,
-         {}},
-        {"from float",
-         {1, 1, FMT_L16F, nullptr, 2, bytes},
-         {1, 1, FMT_L8, nullptr, 4, bytes},
-         CHECK_GENERIC,
-         {}},
-        {"to float",
-         {1, 1, FMT_L8, nullptr, 2, bytes},
-         {1, 1, FMT_L16F, nullptr, 4, bytes},
-         CHECK_GENERIC,
-         {}},
+    struct Side {
+        std::uint32_t size, format, mode, bytes;
+        bool data = true;
+    };
+    struct Row {
+        const char* what;
+        Side source, destination;
+        TCheck path;
+        std::vector<std::string> messages;
+    };
+    const std::string& u = kUnsupported;
+    const Row rows[] = {
+        {"plain pair", {1, FMT_L8, 0, 1}, {1, FMT_A8, 0, 1}, CHECK_GENERIC, {}},
+        {"float pair", {1, FMT_L16F, 0, 2}, {1, FMT_L32F, 0, 4}, CHECK_FLOAT, {}},
+        {"from float", {1, FMT_L16F, 0, 2}, {1, FMT_L8, 0, 1}, CHECK_GENERIC, {}},
+        {"to float", {1, FMT_L8, 0, 1}, {1, FMT_L16F, 0, 2}, CHECK_GENERIC, {}},
         {"everything wrong",
-         {0, 0, FMT_P8_RGB565, nullptr, 511, nullptr},
-         {2, 2, FMT_RGBA8888, nullptr, 15, bytes},
+         {0, FMT_P8_RGB565, 0, 511, false},
+         {2, FMT_RGBA8888, 0, 15},
          CHECK_GENERIC,
          {"m_pDst->nDataSize is to small", "m_pSrc->nWidth == 0", "m_pSrc->nHeight == 0",
           "m_pSrc->nDataSize is smaller then the format suggests", "m_pSrc->pData == NULL"}},
-        {"quiet source",
-         {0, 0, FMT_L8, &quiet, 0, nullptr},
-         {2, 2, FMT_L8, nullptr, 1, bytes},
-         CHECK_GENERIC,
-         {}},
-        {"quiet destination",
-         {0, 0, FMT_L8, &loud, 0, nullptr},
-         {2, 2, FMT_L8, &quiet, 1, bytes},
-         CHECK_GENERIC,
-         {}},
-        {"version before size",
-         {0, 0, 0, &version, 0, nullptr},
-         {1, 1, FMT_L8, nullptr, 0, nullptr},
-         CHECK_VERSION,
-         {kUnsupported, kUnsupported}},
-        {"size before checks",
-         {0, 0, FMT_L8, nullptr, 0, nullptr},
-         {1, 1, FMT_L8, nullptr, 0, nullptr},
-         CHECK_DATASIZE,
-         {}},
-        {"unsupported source",
-         {1, 1, 26, nullptr, 1, bytes},
-         {1, 1, FMT_L8, nullptr, 1, bytes},
-         CHECK_GENERIC,
-         {kUnsupported, kUnsupported, kNoSize, kUnsupported}},
-        {"unsupported destination of a plain source",
-         {1, 1, FMT_L8, nullptr, 1, bytes},
-         {1, 1, 42, nullptr, 1, bytes},
-         CHECK_GENERIC,
-         {kUnsupported, kUnsupported, kNoSize}},
-        {"unsupported destination of a float source",
-         {1, 1, FMT_L32F, nullptr, 4, bytes},
-         {1, 1, 0, nullptr, 1, bytes},
-         CHECK_GENERIC,
-         {kUnsupported, kUnsupported, kNoSize, kUnsupported}},
-        {"unsupported quiet source speaks once",
-         {1, 1, 26, &quiet, 1, bytes},
-         {1, 1, 26, nullptr, 1, bytes},
-         CHECK_GENERIC,
-         {kUnsupported}},
+        {"quiet source", {0, FMT_L8, 1, 0, false}, {2, FMT_L8, 0, 1}, CHECK_GENERIC, {}},
+        {"quiet destination", {0, FMT_L8, 3, 0, false}, {2, FMT_L8, 1, 1}, CHECK_GENERIC, {}},
+        {"version before size", {0, 0, 2, 0, false}, {1, FMT_L8, 0, 0, false}, CHECK_VERSION, {u, u}},
+        {"size before checks", {0, FMT_L8, 0, 0, false}, {1, FMT_L8, 0, 0, false}, CHECK_DATASIZE, {}},
+        {"unsupported source", {1, 26, 0, 1}, {1, FMT_L8, 0, 1}, CHECK_GENERIC, {u, u, kNoSize, u}},
+        {"unsupported from plain", {1, FMT_L8, 0, 1}, {1, 42, 0, 1}, CHECK_GENERIC, {u, u, kNoSize}},
+        {"unsupported from float", {1, FMT_L32F, 0, 4}, {1, 0, 0, 1}, CHECK_GENERIC, {u, u, kNoSize, u}},
+        {"quiet from the first answer on", {1, 26, 1, 1}, {1, 26, 0, 1}, CHECK_GENERIC, {u}},
     };
-    for (CheckRow row : rows) {
+    for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
-        CImage image(&row.source, &row.destination);
+        std::uint8_t bytes[4] = {};
+        const auto describe = [&bytes](const Side& side, TFormatFlags& flags) {
+            flags.nMode = side.mode;
+            return TQonvertImage{side.size, side.size,  side.format,
+                                 &flags,    side.bytes, side.data ? bytes : nullptr};
+        };
+        TFormatFlags flags[2] = {};
+        TQonvertImage source = describe(row.source, flags[0]);
+        TQonvertImage destination = describe(row.destination, flags[1]);
+        CImage image(&source, &destination);
         TCheck path{};
         EXPECT_EQ(MessagesOf([&] { path = image.Input_Check(); }), row.messages);
         EXPECT_EQ(path, row.path);
@@ -233,28 +193,23 @@ TEST(Qonvert, WithoutSourcePixelsLeavesTheDestination) {
 }
 
 TEST(Qonvert, SurvivesSizesThatNoMemoryHolds) {
-    const std::uint32_t sizes[][2] = {
-        {0xFFFFFFFF, 0xFFFFFFFF}, {0x10000, 0x10000}, {0x80000000, 1}, {0xFFFFFFFF, 0}};
+    const std::uint32_t sizes[][2] = {{0xFFFFFFFF, 0xFFFFFFFF}, {0x10000, 0x10000}, {0x80000000, 1}};
+    Bytes bytes(2048, 0xEE);
+    Bytes pixel(4, 0xEE);
     for (const auto& size : sizes) {
         for (const FormatInfo& format : kFormats) {
-            SCOPED_TRACE(format.name);
-            Bytes bytes(2048, 0xEE);
             TQonvertImage huge{size[0], size[1], format.code, nullptr, 2048, bytes.data()};
-            Bytes pixel(2048, 0xEE);
-            TFormatFlags quiet{};
-            quiet.nMode = 1;
-            TQonvertImage one{1, 1, FMT_RGB888, &quiet, 2048, pixel.data()};
-            if (size[1] != 0) {
-                EXPECT_EQ(Qonvert(&one, &huge), 0u);
-                EXPECT_EQ(bytes, Bytes(2048, 0xEE));
+            TQonvertImage one{1, 1, FMT_RGBA8888, nullptr, 4, pixel.data()};
+            for (const bool enlarge : {true, false}) {
+                const auto messages =
+                    MessagesOf([&] { enlarge ? Qonvert(&one, &huge) : Qonvert(&huge, &one); });
+                ASSERT_FALSE(messages.empty()) << format.name;
+                EXPECT_EQ(messages.back(), "Could not create memory") << format.name;
+                EXPECT_EQ(bytes, Bytes(2048, 0xEE)) << format.name;
+                EXPECT_EQ(pixel, Bytes(4, 0xEE)) << format.name;
             }
-            EXPECT_EQ(Qonvert(&huge, &one), 0u);
         }
     }
-    std::uint8_t byte = 0;
-    TQonvertImage huge{0x10000, 0x10000, FMT_L8, nullptr, 0, &byte};
-    TQonvertImage one{1, 1, FMT_L8, nullptr, 1, &byte};
-    EXPECT_EQ(MessagesOf([&] { Qonvert(&huge, &one); }), std::vector<std::string>{"Could not create memory"});
 }
 
 }  // namespace

@@ -6,24 +6,6 @@
 namespace texconv_test {
 namespace {
 
-struct FloatRow {
-    const char* what;
-    std::uint32_t format;
-    std::vector<float> channels;  // of one pixel, in memory order
-    std::vector<float> rgba;      // what the working image holds
-};
-
-const std::vector<FloatRow>& FloatRows() {
-    static const std::vector<FloatRow> rows{
-        {"RGBA", FMT_RGBA32F, {0.25f, -7.5f, 300.0f, 0.5f}, {0.25f, -7.5f, 300.0f, 0.5f}},
-        {"RGB", FMT_RGB32F, {0.25f, -7.5f, 300.0f}, {0.25f, -7.5f, 300.0f, 0.0f}},
-        {"LA", FMT_LA32F, {0.25f, 2.0f}, {0.25f, 0.25f, 0.25f, 2.0f}},
-        {"L", FMT_L32F, {0.25f}, {0.25f, 0.25f, 0.25f, 0.0f}},
-        {"A", FMT_A32F, {0.25f}, {0.0f, 0.0f, 0.0f, 0.25f}},
-    };
-    return rows;
-}
-
 Bytes Halves(const std::vector<float>& values) {
     std::vector<std::uint16_t> halves;
     for (const float value : values) {
@@ -32,41 +14,51 @@ Bytes Halves(const std::vector<float>& values) {
     return HalfBytes(halves);
 }
 
-TEST(Float, EveryLayoutReadsIntoTheWorkingImage) {
-    for (const FloatRow& row : FloatRows()) {
-        SCOPED_TRACE(row.what);
-        const std::uint32_t half = row.format + (FMT_RGBA16F - FMT_RGBA32F);
-        EXPECT_EQ(Convert(TestImage(1, 1, row.format, FloatBytes(row.channels)), FMT_RGBA32F),
-                  FloatBytes(row.rgba));
-        EXPECT_EQ(Convert(TestImage(1, 1, half, Halves(row.channels)), FMT_RGBA32F), FloatBytes(row.rgba));
-        Bytes bytes;
-        for (const float value : row.rgba) {
-            bytes.push_back(Float2UByte(value));
-        }
-        EXPECT_EQ(Convert(TestImage(1, 1, row.format, FloatBytes(row.channels)), FMT_RGBA8888), bytes);
-        EXPECT_EQ(Convert(TestImage(1, 1, half, Halves(row.channels)), FMT_RGBA8888), bytes);
-    }
+Bytes Converted(std::uint32_t from, const Bytes& pixel, std::uint32_t to) {
+    return Convert(TestImage(1, 1, from, pixel), to);
 }
 
-TEST(Float, EveryLayoutWritesItsChannels) {
-    const std::vector<float> rgba{1.5f, 2.5f, 3.5f, 4.5f};
+struct LayoutRow {
+    std::uint32_t format;  // of 32 bits; that of 16 bits is kToHalf further
+    std::vector<float> channels;
+    std::vector<float> rgba;         // what they read as
+    std::vector<std::size_t> taken;  // which of R, G, B, A they are written from
+};
+constexpr std::uint32_t kToHalf = FMT_RGBA16F - FMT_RGBA32F;
+
+TEST(Float, EveryLayoutReadsAndWrites) {
+    const LayoutRow rows[] = {
+        {FMT_RGBA32F, {0.25f, -7.5f, 300.0f, 0.5f}, {0.25f, -7.5f, 300.0f, 0.5f}, {0, 1, 2, 3}},
+        {FMT_RGB32F, {0.25f, -7.5f, 300.0f}, {0.25f, -7.5f, 300.0f, 0.0f}, {0, 1, 2}},
+        {FMT_LA32F, {0.25f, 2.0f}, {0.25f, 0.25f, 0.25f, 2.0f}, {0, 3}},
+        {FMT_L32F, {0.25f}, {0.25f, 0.25f, 0.25f, 0.0f}, {0}},
+        {FMT_A32F, {0.25f}, {0.0f, 0.0f, 0.0f, 0.25f}, {3}},
+    };
+    const std::vector<float> floats{1.5f, 2.5f, 3.5f, 4.5f};
     const Bytes bytes{10, 200, 30, 255};
-    const std::vector<std::vector<std::size_t>> taken{{0, 1, 2, 3}, {0, 1, 2}, {0, 3}, {0}, {3}};
-    for (std::uint32_t i = 0; i < taken.size(); ++i) {
+    for (const LayoutRow& row : rows) {
+        SCOPED_TRACE(FindFormat(row.format)->name);
+        Bytes read;
+        for (const float value : row.rgba) {
+            read.push_back(Float2UByte(value));
+        }
+        EXPECT_EQ(Converted(row.format, FloatBytes(row.channels), FMT_RGBA32F), FloatBytes(row.rgba));
+        EXPECT_EQ(Converted(row.format + kToHalf, Halves(row.channels), FMT_RGBA32F), FloatBytes(row.rgba));
+        EXPECT_EQ(Converted(row.format, FloatBytes(row.channels), FMT_RGBA8888), read);
+        EXPECT_EQ(Converted(row.format + kToHalf, Halves(row.channels), FMT_RGBA8888), read);
+
         std::vector<float> fromFloat;
         std::vector<float> fromByte;
-        for (const std::size_t channel : taken[i]) {
-            fromFloat.push_back(rgba[channel]);
+        for (const std::size_t channel : row.taken) {
+            fromFloat.push_back(floats[channel]);
             fromByte.push_back(UByte2Float(bytes[channel]));
         }
-        EXPECT_EQ(Convert(TestImage(1, 1, FMT_RGBA32F, FloatBytes(rgba)), FMT_RGBA32F + i),
-                  FloatBytes(fromFloat));
-        EXPECT_EQ(Convert(TestImage(1, 1, FMT_RGBA32F, FloatBytes(rgba)), FMT_RGBA16F + i),
-                  Halves(fromFloat));
-        EXPECT_EQ(Convert(TestImage(1, 1, FMT_RGBA8888, bytes), FMT_RGBA32F + i), FloatBytes(fromByte));
-        EXPECT_EQ(Convert(TestImage(1, 1, FMT_RGBA8888, bytes), FMT_RGBA16F + i), Halves(fromByte));
+        EXPECT_EQ(Converted(FMT_RGBA32F, FloatBytes(floats), row.format), FloatBytes(fromFloat));
+        EXPECT_EQ(Converted(FMT_RGBA32F, FloatBytes(floats), row.format + kToHalf), Halves(fromFloat));
+        EXPECT_EQ(Converted(FMT_RGBA8888, bytes, row.format), FloatBytes(fromByte));
+        EXPECT_EQ(Converted(FMT_RGBA8888, bytes, row.format + kToHalf), Halves(fromByte));
     }
-    EXPECT_EQ(Convert(TestImage(1, 1, FMT_L32F, FloatBytes({0.5f})), FMT_LA88), (Bytes{0, 127}));
+    EXPECT_EQ(Converted(FMT_L32F, FloatBytes({0.5f}), FMT_LA88), (Bytes{0, 127}));
 }
 
 TEST(Float, BitsSurviveACopy) {

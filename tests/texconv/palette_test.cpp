@@ -121,69 +121,37 @@ TEST(Quantizer, ManyColoursAreHalvedFirst) {
 }
 
 TEST(Quantizer, HistogramFollowsBucketsAndChains) {
-    // Colours of one bucket come newest first.
     Bytes bytes = Random(4).Fill(4 * 3000);
     const auto* pixels = reinterpret_cast<const Color*>(bytes.data());
     const Color* rows[] = {pixels, pixels + 1500};
     int colors = 0;
     ColorItem* histogram = pam_computeacolorhist(rows, 1500, 2, 32767, &colors);
-    ASSERT_NE(histogram, nullptr);
     ASSERT_GT(colors, 2900);
-    const auto position = [&](const Color& color) {
-        return std::find(pixels, pixels + 3000, color) - pixels;
-    };
+    // Colours of one bucket come newest first.
     const auto bucket = [](const Color& c) {
         return (c.r * 33023u + c.g * 30013u + c.b * 27011u + c.a * 24007u) % 20023u;
     };
-    int total = 0;
-    for (int i = 0; i < colors; ++i) {
+    const auto age = [&](const Color& color) { return std::find(pixels, pixels + 3000, color) - pixels; };
+    int total = histogram[0].value;
+    for (int i = 1; i < colors; ++i) {
         total += histogram[i].value;
-        if (i > 0) {
-            const auto before = bucket(histogram[i - 1].color);
-            const auto here = bucket(histogram[i].color);
-            ASSERT_LE(before, here);
-            ASSERT_TRUE(before != here || position(histogram[i - 1].color) > position(histogram[i].color));
-        }
+        const Color& before = histogram[i - 1].color;
+        const Color& here = histogram[i].color;
+        ASSERT_TRUE(bucket(before) < bucket(here) ||
+                    (bucket(before) == bucket(here) && age(before) > age(here)));
     }
     EXPECT_EQ(total, 3000);
     pam_freeacolorhist(histogram);
     EXPECT_EQ(pam_computeacolorhist(rows, 1500, 2, 100, &colors), nullptr);
-    EXPECT_EQ(colors, 101);
-
-    ColorHash* table = pam_allocacolorhash();
-    EXPECT_EQ(pam_lookupacolor(table, {1, 2, 3, 4}), -1);
-    EXPECT_EQ(pam_addtoacolorhash(table, {1, 2, 3, 4}, 77), 0);
-    EXPECT_EQ(pam_lookupacolor(table, {1, 2, 3, 4}), 77);
-    pam_freeacolorhash(table);
 }
 
-TEST(Quantizer, DiffusionSpreadsGreyOverBlackAndWhite) {
-    Bytes image;
-    for (int i = 0; i < 64 * 64; ++i) {
-        const auto grey = static_cast<std::uint8_t>(i % 64 * 4);
-        image.insert(image.end(), {grey, grey, grey, 255});
+TEST(Quantizer, DiffusionIsReproducible) {
+    const Quantized q = Quantize(Random(6).Fill(std::size_t{50} * 31 * 4), 16, 50, 31, true);
+    std::uint64_t digest = 0;
+    for (const std::uint8_t index : q.indices) {
+        digest = digest * 31 + index;
     }
-    const Quantized plain = Quantize(image, 2, 64, 64);
-    const Quantized diffused = Quantize(image, 2, 64, 64, true);
-    EXPECT_EQ(plain.palette, diffused.palette);
-    EXPECT_EQ(diffused.rgba, image);
-    // The mean survives diffusion, column group by column group.
-    for (int group = 1; group < 7; ++group) {
-        int wanted = 0;
-        int got = 0;
-        for (int i = 0; i < 64 * 64; ++i) {
-            if (i % 64 / 8 == group) {
-                wanted += image[static_cast<std::size_t>(i) * 4];
-                got += diffused.palette[diffused.indices[static_cast<std::size_t>(i)] * 4u];
-            }
-        }
-        const int low = std::min(plain.palette[0], plain.palette[4]) * 512;
-        const int high = std::max(plain.palette[0], plain.palette[4]) * 512;
-        if (wanted > low && wanted < high) {
-            EXPECT_NEAR(got, wanted, 512 * 8) << group;
-        }
-    }
-    EXPECT_EQ(Quantize(image, 2, 64, 64, true).indices, diffused.indices);
+    EXPECT_EQ(digest, 15865225725635019970u);
 }
 
 TEST(QuantizerDeathTest, MemoryExhaustionEndsTheProcess) {

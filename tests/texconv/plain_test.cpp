@@ -140,27 +140,26 @@ TEST(Plain, RowsThatEndBeyondTheBufferAreClipped) {
     TestImage destination(3, 2, FMT_RGBA8888);
     EXPECT_EQ(Convert(source, destination.Allocate()), (Bytes{1, 2, 3, 255, 4, 5, 6, 255, 7, 8, 0, 255,  //
                                                               5, 6, 7, 255, 8, 0, 0, 255, 0, 0, 0, 255}));
-    TestImage pixels(3, 2, FMT_RGB888, {1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 12, 13, 14, 15, 16, 17, 18, 19});
-    TestImage overlapping(3, 2, FMT_RGB888);
-    overlapping.With(&TFormatFlags::nStride, 4);
-    EXPECT_EQ(Convert(pixels, overlapping.Allocate(0xEE)), (Bytes{1, 2, 3, 4, 11, 12, 13, 14}));
     // A larger nDataSize opens the rest of the last row.
-    TestImage open(3, 2, FMT_RGB888, Bytes(14, 0xEE));
-    open.With(&TFormatFlags::nStride, 4);
-    EXPECT_EQ(Convert(pixels, open), (Bytes{1, 2, 3, 4, 11, 12, 13, 14, 15, 16, 17, 18, 19, 0xEE}));
-}
-
-TEST(Plain, TooSmallSizesAreReportedAndIgnored) {
-    TestImage source(2, 1, FMT_L8, {7, 9});
-    TestImage destination(2, 1, FMT_L8, {0, 0});
-    TQonvertImage from = *source.Get();
-    TQonvertImage to = *destination.Get();
+    TestImage pixels(3, 2, FMT_RGB888, {1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 12, 13, 14, 15, 16, 17, 18, 19});
+    const Bytes written{1, 2, 3, 4, 11, 12, 13, 14, 15, 16, 17, 18, 19};
+    for (const std::size_t room : {8u, 11u, 13u}) {
+        TestImage overlapping(3, 2, FMT_RGB888, Bytes(room, 0xEE));
+        overlapping.With(&TFormatFlags::nStride, 4);
+        EXPECT_EQ(Convert(pixels, overlapping),
+                  Bytes(written.begin(), written.begin() + static_cast<long>(room)));
+    }
+    // A size that is too small is reported, and the pixels are read and written all the same.
+    TestImage two(2, 1, FMT_L8, {7, 9});
+    TestImage alpha(2, 1, FMT_L8, {0, 0});
+    TQonvertImage from = *two.Get();
+    TQonvertImage to = *alpha.Get();
     from.nDataSize = 0;
     to.nDataSize = 1;
     EXPECT_EQ(MessagesOf([&] { Qonvert(&from, &to); }),
               (std::vector<std::string>{"m_pDst->nDataSize is to small",
                                         "m_pSrc->nDataSize is smaller then the format suggests"}));
-    EXPECT_EQ(destination.Data(), (Bytes{7, 9}));
+    EXPECT_EQ(alpha.Data(), (Bytes{7, 9}));
     EXPECT_EQ(to.nDataSize, 2u);
 }
 

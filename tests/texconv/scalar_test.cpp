@@ -19,23 +19,6 @@ TEST(Masks, CountAndFirstBit) {
     }
 }
 
-TEST(Expand, WidensFourFiveSixAndOneBit) {
-    for (unsigned bits = 0; bits <= 32; ++bits) {
-        for (unsigned value = 0; value < 256; ++value) {
-            unsigned expected = value;
-            if (bits == 1) {
-                expected = value == 0 ? 0 : 255;
-            } else if (bits == 4 || bits == 5 || bits == 6) {
-                expected = value | value / (1u << bits);
-            }
-            ASSERT_EQ(ExpandTo8bit(static_cast<unsigned char>(value), bits), expected)
-                << value << " " << bits;
-        }
-    }
-    EXPECT_EQ(ExpandTo8bit(0xA0, 4), 0xAA);
-    EXPECT_EQ(ExpandTo8bit(0xE0, 3), 0xE0);
-}
-
 TEST(Half, KnownValues) {
     const std::pair<float, unsigned> narrowed[] = {
         {1.0f, 0x3C00},
