@@ -11,6 +11,14 @@ constexpr int64_t DivideOrZero(int64_t numerator, int64_t divisor) {
     return divisor == 0 ? 0 : numerator / divisor;
 }
 
+// Sum and difference modulo 2^32.
+constexpr int32_t WrappingAdd(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+constexpr int32_t WrappingSubtract(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+}
+
 // Signed 16.16 value; raw 0x10000 is 1.0.
 struct RealFixed {
     int32_t raw = 0;
@@ -25,14 +33,12 @@ struct RealFixed {
 
     friend constexpr auto operator<=>(RealFixed, RealFixed) = default;
 
-    constexpr RealFixed operator-() const {
-        return RealFixed{static_cast<int32_t>(0u - static_cast<uint32_t>(raw))};
-    }
+    constexpr RealFixed operator-() const { return RealFixed{WrappingSubtract(0, raw)}; }
     friend constexpr RealFixed operator+(RealFixed a, RealFixed b) {
-        return RealFixed{static_cast<int32_t>(static_cast<uint32_t>(a.raw) + static_cast<uint32_t>(b.raw))};
+        return RealFixed{WrappingAdd(a.raw, b.raw)};
     }
     friend constexpr RealFixed operator-(RealFixed a, RealFixed b) {
-        return RealFixed{static_cast<int32_t>(static_cast<uint32_t>(a.raw) - static_cast<uint32_t>(b.raw))};
+        return RealFixed{WrappingSubtract(a.raw, b.raw)};
     }
     // Gives up the lowest bit of the larger operand (of b when equal) for headroom.
     friend constexpr RealFixed operator*(RealFixed a, RealFixed b) {

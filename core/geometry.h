@@ -1,6 +1,8 @@
 // Plain value types over a scalar. They are trivially copyable, so lists may move them with realloc.
 #pragma once
 
+#include "core/fixed.h"
+
 namespace zorvan {
 
 template <typename T>
@@ -39,5 +41,11 @@ struct RectangleT {
     T left{}, top{}, right{}, bottom{};
     bool operator==(RectangleT const&) const = default;
 };
+
+// Size of a rectangle in whole pixels; wraps where 32 bits do not hold it.
+constexpr SizeT<int> SizeOf(RectangleT<int> const& rectangle) {
+    return {WrappingSubtract(rectangle.right, rectangle.left),
+            WrappingSubtract(rectangle.bottom, rectangle.top)};
+}
 
 }  // namespace zorvan

@@ -16,7 +16,8 @@ uint32_t GraphicsDevice::Initialize(void* window, DeviceFormat::Enum format, Siz
 }
 
 void GraphicsDevice::Reset(RectangleT<int> const& viewport) {
-    SetViewport(viewport.left, viewport.top, viewport.right - viewport.left, viewport.bottom - viewport.top);
+    const SizeT<int> size = SizeOf(viewport);
+    SetViewport(viewport.left, viewport.top, size.width, size.height);
     opacities_.Clear();
     transforms_.Clear();
     transferModes.Clear();
@@ -39,7 +40,7 @@ void GraphicsDevice::SetViewport(RectangleT<int> const& viewport) {
 }
 
 void GraphicsDevice::SetViewport(int x, int y, int width, int height) {
-    viewport_ = {x, y, x + width, y + height};
+    viewport_ = {x, y, WrappingAdd(x, width), WrappingAdd(y, height)};
 }
 
 RectangleT<int> GraphicsDevice::GetViewport() const {

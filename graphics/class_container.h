@@ -22,4 +22,6 @@ void* ClassContainerT<T>::Create() {
     return new T();
 }
 
+static_assert(sizeof(void*) != 4 || sizeof(ClassContainer) == 8, "virtual table and identity");
+
 }  // namespace zorvan

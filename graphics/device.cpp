@@ -75,8 +75,8 @@ void GraphicsDeviceGL::Clear() {
 
 void GraphicsDeviceGL::SetViewport(RectangleT<int> const& viewport) {
     // The stored rectangle, not the new one: with this form GL stays one call behind.
-    glViewport(viewport_.left, viewport_.top, viewport_.right - viewport_.left,
-               viewport_.bottom - viewport_.top);
+    const SizeT<int> stored = SizeOf(viewport_);
+    glViewport(viewport_.left, viewport_.top, stored.width, stored.height);
     GraphicsDevice::SetViewport(viewport);
 }
 

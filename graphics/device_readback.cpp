@@ -107,8 +107,7 @@ uint32_t GraphicsDeviceGL::ReadPixels(RectangleT<int> const& area, Texture** out
             return 0;
         }
     }
-    const int width = area.right - area.left;
-    const int height = area.bottom - area.top;
+    const auto [width, height] = SizeOf(area);
     texture->width.Set(width);
     texture->height.Set(height);
     texture->usedWidth.Set(width);
@@ -121,8 +120,9 @@ uint32_t GraphicsDeviceGL::ReadPixels(RectangleT<int> const& area, Texture** out
         texture->format.Set(TextureFormat::Rgb888);
     }
 
-    const int viewportHeight = viewport_.bottom - viewport_.top;
-    const Window window{area.left, viewportHeight - area.top - height, width, height};
+    // GL counts rows from the bottom.
+    const int top = WrappingSubtract(SizeOf(viewport_).height, area.top);
+    const Window window{area.left, WrappingSubtract(top, height), width, height};
     const uint64_t bytes = window.Bytes(texture->GetBytesPerPixel());
     if (bytes > UINT32_MAX || !texture->SizePixelStore(static_cast<uint32_t>(bytes))) {
         delete texture;
@@ -146,14 +146,14 @@ Vector2T<DoubleRealFixed> GraphicsDeviceGL::ProjectCoordinate(Matrix4T<RealFixed
                                                TimesReciprocal(clip.y, reciprocal),
                                                TimesReciprocal(clip.z, reciprocal), kOne<DoubleRealFixed>};
 
-    const int halfWidth = (viewport_.right - viewport_.left) >> 1;
-    const int halfHeight = (viewport_.bottom - viewport_.top) >> 1;
+    const int halfWidth = SizeOf(viewport_).width >> 1;
+    const int halfHeight = SizeOf(viewport_).height >> 1;
     Matrix4T<DoubleRealFixed> toWindow;
     SetIdentity(toWindow);
     toWindow[0] = DoubleRealFixed::FromInt(halfWidth);
     toWindow[5] = DoubleRealFixed::FromInt(-halfHeight);
-    toWindow[12] = DoubleRealFixed::FromInt(viewport_.left + halfWidth);
-    toWindow[13] = DoubleRealFixed::FromInt(viewport_.top + halfHeight);
+    toWindow[12] = DoubleRealFixed::FromInt(WrappingAdd(viewport_.left, halfWidth));
+    toWindow[13] = DoubleRealFixed::FromInt(WrappingAdd(viewport_.top, halfHeight));
     const Vector4T<DoubleRealFixed> window = toWindow * normalized;
     return {window.x, window.y};
 }

@@ -32,4 +32,7 @@ class ZORVAN_GL_API FontGL : public Font {
     List<Vector2T<RealFixed>> glyphTexCoords;
 };
 
+static_assert(sizeof(void*) != 4 || sizeof(FontGL) == sizeof(Font) + 2 * 12,
+              "two lists behind the core's fields");
+
 }  // namespace zorvan

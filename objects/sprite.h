@@ -52,4 +52,7 @@ class ZORVAN_GL_API SpriteGL : public Sprite {
     ShaderGL* shader = nullptr;
 };
 
+static_assert(sizeof(void*) != 4 || sizeof(SpriteGL) == sizeof(Sprite) + 2 * 12 + 4,
+              "two lists and the program behind the core's fields");
+
 }  // namespace zorvan

@@ -41,4 +41,7 @@ class ZORVAN_GL_API TextGL : public Text {
     ShaderGL* shader = nullptr;
 };
 
+static_assert(sizeof(void*) != 4 || sizeof(TextGL) == sizeof(Text) + 4,
+              "the program behind the core's fields");
+
 }  // namespace zorvan

@@ -34,6 +34,9 @@ class ZORVAN_GL_API TextureGL : public Texture {
     GLuint name_ = 0;
 };
 
+static_assert(sizeof(void*) != 4 || sizeof(TextureGL) == sizeof(Texture) + 4,
+              "the GL name behind the core's fields");
+
 // Compresses the pixel store, taken as one image of the texture's stored size: formats 0 and 4 become 8
 // (RGB), formats 1, 2 and 6 become 9 (RGB with explicit alpha). False for other formats, without pixels
 // and out of memory; the texture is then as it was.

@@ -23,4 +23,6 @@ class ZORVAN_GL_API TimelineGL : public Timeline {
     void InternalRender(GraphicsDevice& device) override;
 };
 
+static_assert(sizeof(TimelineGL) == sizeof(Timeline), "no fields of its own");
+
 }  // namespace zorvan

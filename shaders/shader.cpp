@@ -5,6 +5,7 @@
 
 #include <new>
 #include <string>
+#include <utility>
 
 #include "core/trace.h"
 #include "graphics/class_container.h"
@@ -135,11 +136,11 @@ bool ShaderGL::TakeLinkResult() {
     char log[kLogSize] = "";
     GLsizei length = 0;
     glGetProgramInfoLog(program, kLogSize, &length, log);
-    glDeleteProgram(program);
-    if (program != 0) {  // nothing to tell about a program that GL did not make
+    const GLuint failed = std::exchange(program, 0);
+    glDeleteProgram(failed);
+    if (failed != 0) {  // nothing to tell about a program that GL did not make
         TraceVerbatim(log);
     }
-    program = 0;
     return false;
 }
 

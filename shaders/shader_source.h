@@ -23,6 +23,9 @@ class ZORVAN_GL_API ShaderSource : public List<char const*> {
     bool Save(MStringT<wchar_t> const& path);
 };
 
+static_assert(sizeof(void*) != 4 || sizeof(ShaderSource) == 4 + 12,
+              "virtual table, then the list's pointer, count and capacity");
+
 class ZORVAN_GL_API SpriteVertexShaderSource : public ShaderSource {
   public:
     SpriteVertexShaderSource();
