@@ -6,7 +6,7 @@ namespace zorvan {
 FontFile::~FontFile() = default;
 
 std::unique_ptr<FontFile> FontFile::Open(std::string const& path, int, std::string& error) {
-    error = path + ": this zorvan was built without font support (ZORVAN_FONTS)";
+    error = path + ": this library was built without font support";
     return nullptr;
 }
 

@@ -93,14 +93,14 @@ bool Text::AlignmentProperty::Load(Deserializer& reader, char const* key) {
     if (!reader.Read(key, words)) {
         return !reader.Failed();
     }
-    const std::optional<int32_t> alignment = ParseTextAlignment(words);
-    if (!alignment) {
+    const std::optional<int32_t> value = ParseTextAlignment(words);
+    if (!value) {
         reader.Fail(key, "got \"" + words +
                              "\", expected left, center or right, and top, middle or bottom, such as "
                              "\"center middle\"");
         return false;
     }
-    text_.alignment.Set(*alignment);
+    text_.alignment.Set(*value);
     return true;
 }
 
