@@ -6,10 +6,12 @@
 #include <string_view>
 #include <vector>
 
+#include "core/api.h"
+
 namespace zorvan {
 
-std::string EncodeBase64(std::vector<uint8_t> const& bytes);
+ZORVAN_CORE_API std::string EncodeBase64(std::vector<uint8_t> const& bytes);
 // False for text that is not canonical base64; bytes are undefined then.
-bool DecodeBase64(std::string_view text, std::vector<uint8_t>& bytes);
+ZORVAN_CORE_API bool DecodeBase64(std::string_view text, std::vector<uint8_t>& bytes);
 
 }  // namespace zorvan

@@ -169,12 +169,9 @@ bool Node::Load(Deserializer& reader) {
     }
     const uint32_t count = reader.Count();
     for (uint32_t i = 0; i < count && reader.Enter(i); ++i) {
-        Node* child = LoadNode(reader);
+        const RefT<Node> child(LoadNode(reader));
         reader.Leave();
-        if (child == nullptr) {
-            break;
-        }
-        Attach(child);
+        Attach(child.Get());
     }
     reader.Leave();
     return !reader.Failed();
@@ -188,7 +185,7 @@ bool Node::InternalLoad(Deserializer&) {
 
 Node* CloneChildren(Node& source, Node* copy) {
     for (Node* child : source.GetChildren()) {
-        copy->Attach(child->CloneDeep());
+        copy->Attach(RefT<Node>(child->CloneDeep()).Get());
     }
     return copy;
 }

@@ -1,5 +1,7 @@
 #include "core/sprite.h"
 
+#include <algorithm>
+
 #include "core/graphics_device.h"
 
 namespace zorvan {
@@ -7,10 +9,17 @@ namespace {
 
 using Point = Vector2T<DoubleRealFixed>;
 
-// Twice the signed area of the triangle a, b, p, in whole pixels of 1/256.
+// In 1/256 pixels, limited so that products of differences fit into 64 bits.
+int64_t Coordinate(DoubleRealFixed value) {
+    constexpr int64_t kFarthest = int64_t{1} << 29;
+    return std::clamp(value.raw >> 24, -kFarthest, kFarthest);
+}
+
+// Twice the signed area of the triangle a, b, p.
 int64_t Side(Point const& a, Point const& b, Point const& p) {
-    const auto cut = [](DoubleRealFixed value) { return value.raw >> 24; };
-    return (cut(b.x) - cut(a.x)) * (cut(p.y) - cut(a.y)) - (cut(b.y) - cut(a.y)) * (cut(p.x) - cut(a.x));
+    const int64_t ax = Coordinate(a.x);
+    const int64_t ay = Coordinate(a.y);
+    return (Coordinate(b.x) - ax) * (Coordinate(p.y) - ay) - (Coordinate(b.y) - ay) * (Coordinate(p.x) - ax);
 }
 
 }  // namespace
