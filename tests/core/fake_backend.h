@@ -99,6 +99,12 @@ class FakeTexture final : public Texture {
     }
 };
 
+class FakeFont final : public Font {
+  public:
+    void RenderGlyph(GraphicsDevice&, Glyph const*, Vector2T<RealFixed> const&,
+                     ColorT<RealFixed> const&) override {}
+};
+
 template <typename T>
 class Container final : public ClassContainer {
   public:
@@ -112,6 +118,7 @@ inline void RegisterFakes(ClassRegistry& registry) {
     registry.RegisterClass(new Container<FakeText>(MakeClassId(u"Text")));
     registry.RegisterClass(new Container<FakeTimeline>(MakeClassId(u"Timeline")));
     registry.RegisterClass(new Container<FakeTexture>(MakeClassId(u"Texture")));
+    registry.RegisterClass(new Container<FakeFont>(MakeClassId(u"Font")));
     registry.RegisterClass(new Container<Shader>(MakeClassId(u"Shader")));
 }
 
