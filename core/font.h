@@ -49,7 +49,8 @@ class ZORVAN_CORE_API Font : public Referenced {
     virtual void RenderGlyph(GraphicsDevice& device, Glyph const* glyph, Vector2T<RealFixed> const& position,
                              ColorT<RealFixed> const& color) = 0;
 
-    // Reads "file", "size" in pixels and "characters" (optional).
+    // Reads "file", "size" in pixels and "characters" (optional), or the tables "pages", "glyphs" and
+    // "kerning" with "lineHeight" and "ascent".
     bool Load(Deserializer& reader);
     void Save(Serializer& writer) const;
 
@@ -88,6 +89,13 @@ class ZORVAN_CORE_API Font : public Referenced {
     // A rasterised glyph that is on no page yet.
     struct Pending;
 
+    bool LoadFileEntry(Deserializer& reader);
+    bool LoadTables(Deserializer& reader);
+    void LoadPage(Deserializer& reader);
+    void LoadGlyph(Deserializer& reader);
+    void LoadKerning(Deserializer& reader);
+    void SaveTables(Serializer& writer) const;
+    void SaveGlyph(Serializer& writer, std::wstring const& character, Glyph const& glyph) const;
     bool Rasterise(uint32_t index, Glyph& glyph, uint32_t codePoint, std::string& error);
     bool MakePages();
     LayoutCache::Entry const& LayOut(std::wstring_view text, TextLayoutOptions const& options);
