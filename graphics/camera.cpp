@@ -33,6 +33,8 @@ CameraGL::CameraGL(CameraGL const& other)
       projectionMatrix(other.projectionMatrix),
       projectionDirty(other.projectionDirty) {}
 
+CameraGL::~CameraGL() = default;
+
 Node* CameraGL::Clone() {
     return new CameraGL(*this);
 }

@@ -12,6 +12,7 @@ class ZORVAN_GL_API CameraGL : public Camera {
   public:
     CameraGL();
     CameraGL(CameraGL const& other);
+    ~CameraGL() override;
 
     Node* Clone() override;
     char const* GetClassName() override;
