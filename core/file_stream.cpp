@@ -9,7 +9,12 @@ FileStream::~FileStream() {
 bool FileStream::Open(MStringT<wchar_t> const& path, FileMode mode) {
     Close();
     file_ = std::fopen(ToUtf8(path).c_str(), mode == FileMode::Write ? "wb" : "rb");
-    return file_ != nullptr;
+    if (file_ == nullptr) {
+        return false;
+    }
+    // Unbuffered: a full disk shows in the write that meets it, not in Close.
+    std::setvbuf(file_, nullptr, _IONBF, 0);
+    return true;
 }
 
 uint32_t FileStream::Write(void const* data, uint32_t size) {
