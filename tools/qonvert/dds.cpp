@@ -222,13 +222,13 @@ struct PixelFormat {
     ChannelMasks masks;
     std::uint32_t dxgi = 0;
     bool swapHalves = false;
-    bool swapPairs = false;
+    std::size_t swapBytes = 0;  // size of the units whose bytes are reversed, 0 for none
 };
 
 std::optional<PixelFormat> DxgiPixelFormat(std::uint32_t code) {
     for (const DdsDxgi& row : kDdsDxgis) {
         if (row.code == code) {
-            return PixelFormat{kHasFourCc, kDx10, 0, {}, row.dxgi, row.swappedHalves, false};
+            return PixelFormat{kHasFourCc, kDx10, 0, {}, row.dxgi, row.swappedHalves, 0};
         }
     }
     return {};
@@ -241,7 +241,7 @@ PixelFormat FourCcPixelFormat(std::uint32_t code, DdsNames names) {
             found = &row;
         }
     }
-    return {kHasFourCc, found->fourCc, 0, {}, 0, found->swappedHalves, false};
+    return {kHasFourCc, found->fourCc, 0, {}, 0, found->swappedHalves, 0};
 }
 
 PixelFormat PlainPixelFormat(const FormatInfo& info) {
@@ -257,10 +257,13 @@ PixelFormat PlainPixelFormat(const FormatInfo& info) {
     } else {
         format.flags |= kRgb;
     }
+    // The orders that every reader knows: luminance, or blue, in the low byte.
     if (info.code == FMT_LA88) {
-        // Luminance in the low byte, as every reader knows it.
         format.masks = {0xFF, 0, 0, 0xFF00};
-        format.swapPairs = true;
+        format.swapBytes = 2;
+    } else if (info.code == FMT_RGB888) {
+        format.masks = {0xFF0000, 0xFF00, 0xFF, 0};
+        format.swapBytes = 3;
     }
     return format;
 }
@@ -343,8 +346,8 @@ Bytes WriteDds(const TextureFile& texture, const WriteOptions& options) {
     for (Bytes level : texture.levels) {
         if (format.swapHalves) {
             SwapBlockHalves(level);
-        } else if (format.swapPairs) {
-            SwapBytes(level, 2);
+        } else if (format.swapBytes != 0) {
+            SwapBytes(level, format.swapBytes);
         }
         Append(out, level);
     }

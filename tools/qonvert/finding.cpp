@@ -24,7 +24,7 @@ void Reject(FindingNumber number, std::string subject, std::string got, std::str
 
 std::string Hex(std::uint32_t word) {
     char text[11];
-    std::snprintf(text, sizeof text, "0x%08x", static_cast<unsigned>(word));
+    std::snprintf(text, sizeof text, "0x%04x", static_cast<unsigned>(word));
     return text;
 }
 

@@ -86,7 +86,7 @@ class FileError : public ToolError {
 // Throws a FileError.
 [[noreturn]] void Reject(FindingNumber number, std::string subject, std::string got, std::string expected);
 
-// "0x00008d64".
+// "0x8d64", at least four digits.
 std::string Hex(std::uint32_t word);
 
 }  // namespace qonvert

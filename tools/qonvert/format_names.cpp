@@ -110,15 +110,10 @@ std::uint32_t ParseFormat(std::string_view name) {
             return row.code;
         }
     }
-    // "0x8D64" and "0x00008d64" are the same token.
-    std::string token = wanted;
-    if (token.starts_with("0X") && token.size() > 2 && token.size() < 10) {
-        token.insert(2, 10 - token.size(), '0');
-    }
     for (const auto& row : QXTextureConverter::kFormats) {
         for (const std::string& alias : FormatAliases(row.code)) {
             const std::string upper = Upper(alias);
-            if (upper == whole || upper == token || WithoutPrefix(upper) == wanted) {
+            if (upper == whole || WithoutPrefix(upper) == wanted) {
                 return row.code;
             }
         }

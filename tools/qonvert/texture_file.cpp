@@ -16,6 +16,10 @@ std::uint32_t TableBytes(std::uint32_t format) {
     return info != nullptr && info->IsPalette() ? (info->paletteBits << info->bitsPerPixel) / 8 : 0;
 }
 
+bool IsWideLuminance(std::uint32_t format) {
+    return format >= FMT_L16 && format <= FMT_L32;
+}
+
 std::uint64_t PictureBytes(std::uint32_t format, std::uint32_t width, std::uint32_t height) {
     const FormatInfo* info = FindFormat(format);
     if (info == nullptr) {

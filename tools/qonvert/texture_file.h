@@ -35,6 +35,9 @@ std::uint64_t PictureBytes(std::uint32_t format, std::uint32_t width, std::uint3
 // Bytes of a palette format's colour table, 0 for any other format.
 std::uint32_t TableBytes(std::uint32_t format);
 
+// Luminance of more than 8 bits, which the converter reads and writes as 0.
+bool IsWideLuminance(std::uint32_t format);
+
 // Side of level `level`: halved each time, at least 1.
 std::uint32_t LevelSide(std::uint32_t side, std::uint32_t level);
 

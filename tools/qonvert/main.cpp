@@ -1,0 +1,89 @@
+// qonvert: converts, inspects and compares texture files.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <new>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tools/qonvert/verbs.h"
+
+namespace {
+
+using namespace qonvert;
+
+ExitCode Fail(const Session& session, ExitCode code, const std::string& message) {
+    if (session.json) {
+        session.Print({{"error", {{"exit", static_cast<int>(code)}, {"message", message}}}});
+    }
+    session.Warn(message);
+    return code;
+}
+
+// One line of a text.
+std::string OneLine(std::string text) {
+    for (char& c : text) {
+        c = c == '\n' ? ' ' : c;
+    }
+    return text;
+}
+
+// "--mips" alone must not take the file behind it for its value. CLI11 wants the words in reverse.
+std::vector<std::string> Words(int argc, char** argv) {
+    std::vector<std::string> words;
+    for (int i = argc - 1; i > 0; --i) {
+        words.emplace_back(argv[i]);
+        if (words.back() == "--mips") {
+            words.back() = "--mips=all";
+        }
+    }
+    return words;
+}
+
+ExitCode Run(int argc, char** argv, Session& session) {
+    CLI::App program(
+        "Converts, inspects and compares texture files: PNG, JPEG (input), KTX1, DDS, PKM and raw.",
+        "qonvert");
+    program.require_subcommand(1);
+    program.set_version_flag("--version", QONVERT_TOOL_VERSION);
+    program.footer(
+        "Exit codes: 0 ok, 1 usage, 2 input or output, 3 bad file, 4 run time, 5 not supported, 7 differs.\n"
+        "\"qonvert VERB --help\" shows a verb's options with examples.");
+    AddConvertVerb(program, session);
+    AddInfoVerb(program, session);
+    AddCompareVerb(program, session);
+    AddValidateVerb(program, session);
+    AddFormatsVerb(program, session);
+    try {
+        program.parse(Words(argc, argv));
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() == 0) {
+            program.exit(error);
+            return ExitCode::kOk;
+        }
+        return Fail(session, ExitCode::kUsage, OneLine(error.what()) + " (--help shows how)");
+    }
+    return session.run();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Session session;
+    ExitCode code = ExitCode::kRuntime;
+    try {
+        code = Run(argc, argv, session);
+    } catch (const ToolError& error) {
+        code = Fail(session, error.code(), error.what());
+    } catch (const std::bad_alloc&) {
+        code = Fail(session, ExitCode::kRuntime, "out of memory");
+    } catch (const std::exception& error) {
+        code = Fail(session, ExitCode::kRuntime, OneLine(error.what()));
+    }
+    std::cout.flush();
+    if (!std::cout && code == ExitCode::kOk) {
+        session.Warn("standard output cannot be written");
+        code = ExitCode::kIo;
+    }
+    return static_cast<int>(code);
+}

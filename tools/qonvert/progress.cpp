@@ -1,0 +1,25 @@
+#include "tools/qonvert/progress.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace qonvert {
+
+Progress::Progress(std::size_t total) : total_(total), visible_(total > 1 && isatty(STDERR_FILENO) != 0) {}
+
+Progress::~Progress() {
+    if (visible_) {
+        std::fputs("\r\033[K", stderr);
+    }
+}
+
+void Progress::Step(const std::string& name) {
+    const std::lock_guard lock(mutex_);
+    ++done_;
+    if (visible_) {
+        std::fprintf(stderr, "\r\033[K[%zu/%zu] %.60s", done_, total_, name.c_str());
+    }
+}
+
+}  // namespace qonvert
