@@ -26,6 +26,7 @@ Ramp SearchCoarsely(const WeightedValues& set, int steps) {
     const float bBegin = std::min(1.0f, hi + kCoarseReach);
     const float bEnd = std::max(mid, hi - kCoarseReach);
     Ramp best{lo, hi, kNoAlphaCandidate};
+    // a and b are running sums, not multiples of the step: their rounding is part of the search.
     for (float a = std::max(0.0f, lo - kCoarseReach); a < aEnd; a += kCoarseStep) {
         for (float b = bBegin; b >= bEnd; b -= kCoarseStep) {
             const float error = EvaluateAlphaRamp(set, a, b, steps, best.error);

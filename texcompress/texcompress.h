@@ -62,7 +62,7 @@ typedef struct _ATITC_HEADER { /* NOLINT(bugprone-reserved-identifier) */
     uint32_t nHeight;          /* pixels */
     uint32_t nFlags;           /* the flags given to the encoder */
     uint32_t nDataOffset;      /* 20: bytes from the header to the blocks where both share one buffer */
-} _ATITC_HEADER;
+} _ATITC_HEADER;               /* NOLINT(bugprone-reserved-identifier) */
 
 /* Source pixels of the encoders: src points at the top left pixel, rows are pitch bytes apart. The four
  * masks describe a little-endian pixel word of (set bits of all masks + 7) / 8 bytes, of which exactly

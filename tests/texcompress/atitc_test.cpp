@@ -143,14 +143,18 @@ TEST(AtcRegions, BlackTrickNeedsBlackBrightnessAndADifference) {
     constexpr Rgb kRed{200, 0, 0};
     constexpr Rgb kGrey{200, 200, 200};
     constexpr Rgb kGreen{0, 200, 0};
-    const std::array<Row, 7> table = {{
+    constexpr Rgb kPink{200, 120, 120};
+    const std::array<Row, 10> table = {{
         {"hue of region 2", {{kBlack, kBlack, kRed, kGreen}}, {{4, 0, 4, 8}}, true},
         {"hue of region 1", {{kBlack, kRed, kBlack, kGreen}}, {{4, 4, 0, 8}}, true},
         {"saturation of region 2", {{kBlack, kBlack, kRed, kGrey}}, {{4, 0, 4, 8}}, true},
         {"saturated among saturated", {{kBlack, kRed, kRed, kRed}}, {{4, 4, 4, 4}}, true},
         {"no dark pixels", {{kBlack, kBlack, kRed, kGreen}}, {{0, 4, 4, 8}}, false},
         {"not near black", {{{60, 0, 0}, kBlack, kRed, kGreen}}, {{4, 0, 4, 8}}, false},
-        {"brightest is dim", {{kBlack, kBlack, kRed, {0, 140, 0}}}, {{4, 0, 4, 8}}, false},
+        {"brightest is bright", {{kBlack, kBlack, kRed, {0, 143, 0}}}, {{4, 0, 4, 8}}, true},
+        {"brightest is dim", {{kBlack, kBlack, kRed, {0, 142, 0}}}, {{4, 0, 4, 8}}, false},
+        {"saturation above 70", {{kBlack, kBlack, {200, 58, 58}, kPink}}, {{4, 0, 4, 8}}, true},
+        {"saturation 70", {{kBlack, kBlack, {200, 60, 60}, kPink}}, {{4, 0, 4, 8}}, false},
     }};
     for (const Row& row : table) {
         Regions regions{0xFFAA5500, row.colors, row.counts};
@@ -165,6 +169,27 @@ TEST(AtcRegions, BlackTrickNeedsBlackBrightnessAndADifference) {
     EXPECT_EQ(moved.mask, 0xFFFFAAA0u);
     EXPECT_EQ(moved.colors, (std::array<Rgb, 4>{{kBlack, kBlack, kRed, kGreen}}));
     EXPECT_EQ(moved.counts, (std::array<int, 4>{{2, 0, 6, 8}}));
+}
+
+TEST(AtcEncoder, AcceptsMasksThatUseTheLastColor) {
+    const Palette palette = {{{0, 0, 0}, {95, 95, 95}, {159, 159, 159}, {255, 255, 255}}};
+    struct Row {
+        const char* name;
+        std::array<uint32_t, 2> entries;  // of the upper and the lower half
+        bool blackTrick, accepted;
+    };
+    for (const Row& row : {Row{"first and last", {0, 3}, false, true},
+                           Row{"only the last", {3, 3}, false, true}, Row{"no first", {1, 3}, false, false},
+                           Row{"no first, black", {1, 3}, true, true}, Row{"no last", {0, 2}, true, false}}) {
+        RgbTile tile = Flat(palette[row.entries[0]]);
+        std::fill(tile.begin() + 8, tile.end(), palette[row.entries[1]]);
+        const uint32_t nearest = row.entries[0] * 0x5555u | row.entries[1] * 0x55550000u;
+        uint32_t mask = 0x12345678;
+        EXPECT_EQ(CheckPixelRegionAssignment(tile, palette, row.blackTrick, mask), row.accepted) << row.name;
+        EXPECT_EQ(mask, row.accepted ? nearest : 0x12345678) << row.name;
+        mask = nearest;
+        EXPECT_FALSE(CheckPixelRegionAssignment(tile, palette, row.blackTrick, mask)) << "unchanged";
+    }
 }
 
 TEST(AtcEncoder, FlatTilesUseTheLastColor) {

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "codec_calls.h"
+#include "texcompress/etc1_quantize.h"
 
 namespace zorvan::texcompress {
 namespace {
@@ -36,6 +37,23 @@ TEST(Digest, CorpusHasThePromisedBytes) {
         EXPECT_EQ(status, fast ? TXC_ERR_LOW_QUALITY : TXC_OK) << encoder.name;
         EXPECT_EQ(Hex(blocks) + ' ' + Hex(Decode(encoder, corpus, blocks)), kDigests[i]) << encoder.name;
     }
+}
+
+TEST(Digest, Etc1BaseColorsAreThePromisedOnes) {
+    Lcg random(5);
+    std::vector<uint8_t> codes;
+    for (int i = 0; i < 20000; ++i) {
+        AverageColor average;
+        for (float& channel : average) {
+            channel = static_cast<float>(random.Next(8 * 255 + 1)) / 8.0f;
+        }
+        for (const auto quantize : {quantize555ColorCombinedPerceptual, quantize444ColorCombinedPerceptual,
+                                    Quantize555Nearest, Quantize444Nearest}) {
+            const BaseColor color = quantize(average);
+            codes.insert(codes.end(), color.codes.begin(), color.codes.end());
+        }
+    }
+    EXPECT_EQ(Hex(codes), "3931762f4b27ca40");
 }
 
 }  // namespace

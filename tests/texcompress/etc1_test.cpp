@@ -79,6 +79,18 @@ TEST(Etc1Encoder, UniformTilesStayUniform) {
     }
 }
 
+TEST(Etc1Encoder, TheFirstOfEqualTablesAndColumnsWins) {
+    // Clamping makes every table exact for black and white, and two columns of each.
+    for (const auto& [level, expected] :
+         {std::pair{0, Words{0x00000002, 0xFFFFFFFF}}, {255, {0xF8F8F802, 0}}}) {
+        const auto value = static_cast<uint8_t>(level);
+        Words words;
+        atiEncodeRGBBlockETC(Halves({value, value, value}, {value, value, value}, false), words.word1,
+                             words.word2);
+        EXPECT_EQ(words, expected) << level;
+    }
+}
+
 TEST(Etc1Encoder, FarHalvesUseIndividualColors) {
     // Codes 10 and 13 or 14 in red; 82 is code 10, 107 code 13, 115 code 14.
     struct Row {

@@ -20,7 +20,7 @@ constexpr std::array kLayouts = {
     PixelLayout{"BGR888", 3, 0xFF0000, 0x00FF00, 0x0000FF, 0},
     PixelLayout{"RGBA2648", 3, 0x000003, 0x0000FC, 0x000F00, 0xFF000},
     PixelLayout{"BGRA8888", 4, 0x00FF0000, 0x0000FF00, 0x000000FF, 0xFF000000},
-    PixelLayout{"RGBA wide", 4, 0x000003FF, 0x000FFC00, 0x0FF00000, 0x30000000},
+    PixelLayout{"RGBA wide", 4, 0x000001FF, 0x0007FE00, 0x07F80000, 0x18000000},
 };
 
 constexpr uint32_t kWidth = 6;
