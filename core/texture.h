@@ -102,6 +102,9 @@ class ZORVAN_CORE_API Texture : public Referenced {
     List<TextureLevel> plainLevels_;
 };
 
+// As scene files write it; "" for Reserved and beyond.
+ZORVAN_CORE_API char const* TextureFormatName(uint32_t format);
+
 // Bytes of a stored image of a format; sizes that do not fit into 32 bits give 0.
 ZORVAN_CORE_API uint32_t TextureDataSize(uint32_t format, uint32_t width, uint32_t height);
 

@@ -54,6 +54,10 @@ uint32_t HalfSide(uint32_t side, uint32_t level) {
 
 }  // namespace
 
+char const* TextureFormatName(uint32_t format) {
+    return format < TextureFormat::kCount ? kFormatNames[format] : "";
+}
+
 bool Texture::Load(Deserializer& reader) {
     uint32_t newFormat = TextureFormat::Rgba8888;
     reader.Read("name", name);
@@ -209,7 +213,7 @@ void Texture::Save(Serializer& writer) {
     }
     const bool isFile = !file_.empty();
     const uint32_t saved = isFile ? loadedFormat_ : format.Get();
-    writer.Write("format", kFormatNames[saved < TextureFormat::kCount ? saved : TextureFormat::Reserved]);
+    writer.Write("format", TextureFormatName(saved));
     writer.Write("width", width.Get());
     writer.Write("height", height.Get());
     writer.Write("usedWidth", usedWidth.Get());
