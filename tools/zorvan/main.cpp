@@ -1,0 +1,59 @@
+// zorvan: renders, describes and measures scene files.
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <cstdio>
+#include <new>
+
+#include "tools/zorvan/verb.h"
+
+namespace {
+
+using zorvan::tool::ExitCode;
+using zorvan::tool::Status;
+using zorvan::tool::Verb;
+
+int Report(ExitCode code, std::string const& message) {
+    std::fprintf(stderr, "zorvan: %s\n", message.c_str());
+    return static_cast<int>(code);
+}
+
+int Run(int argc, char** argv) {
+    CLI::App program("Renders, describes and measures scene files of the zorvan engine.", "zorvan");
+    program.set_version_flag("--version", "zorvan " ZORVAN_VERSION);
+    program.require_subcommand(1);
+    program.footer(
+        "Exit codes: 0 done, 1 wrong options, 2 file not readable or writable, 3 bad file,\n"
+        "            4 EGL, GL or plug-in failed, 5 not supported on this machine.\n"
+        "zorvan VERB --help explains each verb, with examples.");
+    const Verb verbs[] = {zorvan::tool::AddRenderVerb(program), zorvan::tool::AddInfoVerb(program),
+                          zorvan::tool::AddBenchVerb(program)};
+    try {
+        program.parse(argc, argv);
+    } catch (CLI::ParseError const& error) {
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+            return program.exit(error);  // --help, --version
+        }
+        return Report(ExitCode::Usage, std::string(error.what()) + " (see zorvan --help)");
+    }
+    for (Verb const& verb : verbs) {
+        if (!verb.command->parsed()) {
+            continue;
+        }
+        if (Status failure = verb.run()) {
+            return Report(failure->code, failure->message);
+        }
+    }
+    return static_cast<int>(ExitCode::Ok);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // A reader that goes away is a write error with a message, not a silent end.
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        return Run(argc, argv);
+    } catch (std::bad_alloc const&) {
+        return Report(ExitCode::Runtime, "out of memory");
+    }
+}

@@ -1,0 +1,152 @@
+#include <CLI/CLI.hpp>
+
+#include "tools/zorvan/draw_counter.h"
+#include "tools/zorvan/frame_output.h"
+#include "tools/zorvan/progress.h"
+#include "tools/zorvan/report.h"
+#include "tools/zorvan/stage.h"
+#include "tools/zorvan/verb.h"
+
+namespace zorvan::tool {
+namespace {
+
+constexpr char const* kFooter =
+    "Examples:\n"
+    "  zorvan render hello.json hello.png\n"
+    "  zorvan render crowd.json out_%04d.png --frames 0..59 --fps 30\n"
+    "  zorvan render crowd.json - --frames 0..299 | ffmpeg -i - crowd.mp4\n"
+    "  zorvan render hello.json hello.png --size 1280x800 --samples 4 --background '#203040'\n"
+    "  zorvan render hello.json hello.png --json\n"
+    "\n"
+    "Frame N shows the scene at the time T + N / FPS. OUT is a PNG file, a name with %d or %04d for the\n"
+    "frame's number, or - for raw frames on standard output (everything else then goes to standard error).";
+
+struct RenderOptions {
+    StageOptions stage;
+    std::string out;
+    FrameRange frames;
+    uint32_t framesPerSecond = 30;
+    RealFixed time;
+    std::optional<RawFormat> raw;
+    bool json = false;
+    bool glInfo = false;
+};
+
+bool ToStream(RenderOptions const& options) {
+    return options.out == "-";
+}
+
+Status CheckOptions(RenderOptions const& options) {
+    if (options.raw && !ToStream(options)) {
+        return Failure{ExitCode::Usage,
+                       "--raw: got the file " + options.out + " as output, expected - (standard output)"};
+    }
+    const int64_t last = int64_t{options.frames.last} * 65536 / options.framesPerSecond + options.time.raw;
+    if (last > INT32_MAX) {
+        return Failure{ExitCode::Usage, "--frames: got a last frame at " + std::to_string(last / 65536) +
+                                            " seconds, expected at most 32767"};
+    }
+    return std::nullopt;
+}
+
+RealFixed TimeOf(RenderOptions const& options, uint32_t frame) {
+    const int64_t rate = options.framesPerSecond;
+    return RealFixed::FromRaw(
+        static_cast<int32_t>(options.time.raw + (int64_t{frame} * 65536 + rate / 2) / rate));
+}
+
+Status DrawFrames(RenderOptions const& options, Stage& stage, FrameOutput& output, FrameFigures& figures) {
+    Progress progress(options.frames.Count());
+    for (uint32_t number = options.frames.first; number <= options.frames.last; ++number) {
+        const uint64_t callsBefore = DrawCallCount();
+        const FrameTimes times = stage.Draw(TimeOf(options, number));
+        figures.Add(times, DrawCallCount() - callsBefore);
+        Result<Image> frame = stage.Read();
+        if (!frame) {
+            return frame.GetFailure();
+        }
+        if (Status failure = output.Write(number, *frame)) {
+            return failure;
+        }
+        progress.Step();
+    }
+    return output.Finish();
+}
+
+void PrintJson(RenderOptions const& options, Stage& stage, FrameFigures const& figures, std::FILE* stream) {
+    Json json = {{"scene", options.stage.scene},   {"output", options.out},
+                 {"width", stage.GetSize().width}, {"height", stage.GetSize().height},
+                 {"frames", figures.total.size()}, {"fps", options.framesPerSecond}};
+    AppendTimes(json, figures);
+    json["draw_calls"] = figures.drawCalls;
+    json["texture_bytes"] = stage.GetLoaded().GetTextureBytes();
+    if (options.glInfo) {
+        for (auto const& [name, text] : stage.DescribeGl()) {
+            json["gl"][name] = text;
+        }
+    }
+    Print(json, stream);
+}
+
+void PrintText(RenderOptions const& options, Stage& stage, FrameFigures const& figures, std::FILE* stream) {
+    if (options.glInfo) {
+        for (auto const& [name, text] : stage.DescribeGl()) {
+            std::fprintf(stream, "%-12s %s\n", name.c_str(), text.c_str());
+        }
+    }
+    const size_t frames = figures.total.size();
+    std::fprintf(stream, "%s: %s, %zu frame%s, %llu draw calls, median %.2f ms, p95 %.2f ms\n",
+                 ToStream(options) ? "standard output" : options.out.c_str(), ToText(stage.GetSize()).c_str(),
+                 frames, frames == 1 ? "" : "s", static_cast<unsigned long long>(figures.drawCalls),
+                 Median(figures.total), Percentile(figures.total, 0.95));
+}
+
+Status Render(RenderOptions const& options) {
+    if (Status failure = CheckOptions(options)) {
+        return failure;
+    }
+    std::unique_ptr<FrameOutput> output;
+    if (ToStream(options)) {
+        output = MakeStreamOutput(options.raw.value_or(RawFormat::Y4m), options.framesPerSecond);
+    } else {
+        Result<std::unique_ptr<FrameOutput>> files = MakePngOutput(options.out, options.frames);
+        if (!files) {
+            return files.GetFailure();
+        }
+        output = std::move(*files);
+    }
+    Result<std::unique_ptr<Stage>> stage = Stage::Open(options.stage);
+    if (!stage) {
+        return stage.GetFailure();
+    }
+    FrameFigures figures;
+    if (Status failure = DrawFrames(options, **stage, *output, figures)) {
+        return failure;
+    }
+    const auto print = options.json ? PrintJson : PrintText;
+    print(options, **stage, figures, ToStream(options) ? stderr : stdout);
+    return std::nullopt;
+}
+
+}  // namespace
+
+Verb AddRenderVerb(CLI::App& program) {
+    CLI::App* command =
+        program.add_subcommand("render", "Draws frames of a scene into PNG files or a stream");
+    auto options = std::make_shared<RenderOptions>();
+    command->add_option("SCENE", options->stage.scene, "Scene file (JSON)")->required();
+    command->add_option("OUT", options->out, "PNG file, name with %04d, or -")->required();
+    AddValue(*command, "--frames", options->frames, "A..B, or one frame number; default 0");
+    command->add_option("--fps", options->framesPerSecond, "Frames per second, 1 to 1000; default 30")
+        ->check(CLI::Range(1, 1000));
+    AddValue(*command, "--time", options->time, "Time of frame 0, in seconds; default 0");
+    AddValue(*command, "--raw", options->raw,
+             "rgba or y4m: layout of frames on standard output; default y4m");
+    options->stage.AddTo(*command);
+    command->add_flag("--json", options->json, "Print statistics as JSON");
+    command->add_flag("--gl-info", options->glInfo, "Tell which EGL, GL and plug-in are at work");
+    command->footer(kFooter);
+    return {command, [options] { return Render(*options); }};
+}
+
+}  // namespace zorvan::tool

@@ -1,0 +1,189 @@
+#include "tools/zorvan/stage.h"
+
+#include <GLES2/gl2.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+#include "core/shader.h"
+
+namespace zorvan::tool {
+namespace {
+
+constexpr PixelSize kDefaultSize = {640, 480};
+
+DeviceFormat::Enum ToDeviceFormat(SurfaceFormat format) {
+    switch (format) {
+        case SurfaceFormat::Rgb565:
+            return DeviceFormat::Rgb565;
+        case SurfaceFormat::Rgb888:
+            return DeviceFormat::Rgb888;
+        case SurfaceFormat::Rgba8888:
+            return DeviceFormat::Rgba8888;
+    }
+    return DeviceFormat::Rgba8888;
+}
+
+std::string GlText(GLenum name) {
+    auto const* text = reinterpret_cast<char const*>(glGetString(name));
+    return text == nullptr ? "unknown" : text;
+}
+
+// Block-compressed textures of a GL without their formats draw black; say so instead of wondering.
+void WarnOfUnknownFormats(Scene const& scene) {
+    if (GlText(GL_EXTENSIONS).find("GL_AMD_compressed_ATC_texture") != std::string::npos) {
+        return;
+    }
+    for (RefT<Texture> const& texture : scene.textures) {
+        const uint32_t format = texture->format.Get();
+        if (format == TextureFormat::AtcRgb || format == TextureFormat::AtcRgbaExplicitAlpha) {
+            std::fprintf(stderr,
+                         "zorvan: warning: texture '%s' is %s, which this GL does not know: it draws black\n",
+                         texture->name.c_str(), TextureFormatName(format));
+        }
+    }
+}
+
+}  // namespace
+
+void StageOptions::AddTo(CLI::App& app) {
+    AddValue(app, "--size", size, "WIDTHxHEIGHT of the surface in pixels; default: the scene's own");
+    AddValue(app, "--surface", surface, "565, 888 or 8888: colour bits of the surface; default 888");
+    app.add_option("--samples", samples, "Samples per pixel, for smooth edges: 0 or 4; default 0")
+        ->check(CLI::Range(0, 16));
+    AddValue(app, "--background", background, "#rrggbb or #rrggbbaa; default: the scene's own, or black");
+    AddValue(app, "--camera2d", camera2D,
+             "WIDTHxHEIGHT of the screen-space camera, or none; default: the scene's own, or none");
+    app.add_option("--plugin", plugin, "The graphics plug-in; default: the one beside this program");
+}
+
+Result<std::unique_ptr<LoadedScene>> LoadedScene::Open(std::string const& file, std::string const& plugin) {
+    Result<std::unique_ptr<Plugin>> library = Plugin::Load(plugin);
+    if (!library) {
+        return library.GetFailure();
+    }
+    std::unique_ptr<LoadedScene> loaded(new LoadedScene);
+    loaded->plugin_ = std::move(*library);
+    loaded->registry_ = std::make_unique<ClassRegistry>();
+    if (!loaded->plugin_->Initialize(*loaded->registry_)) {
+        return Failure{ExitCode::Runtime, loaded->plugin_->GetPath() + ": the plug-in refused to start"};
+    }
+    loaded->scene_ = std::make_unique<Scene>();
+    Scene& scene = *loaded->scene_;
+    if (!scene.Load(file, *loaded->registry_)) {
+        return Failure{scene.IsFileError() ? ExitCode::Io : ExitCode::BadFile, scene.Error()};
+    }
+    for (RefT<Texture> const& texture : scene.textures) {
+        loaded->textureBytes_ += texture->pixels.size;
+    }
+    return loaded;
+}
+
+LoadedScene::~LoadedScene() {
+    Unload();
+}
+
+void LoadedScene::Unload() {
+    scene_.reset();
+    Shader::ReleaseAll();
+}
+
+Result<std::unique_ptr<Stage>> Stage::Open(StageOptions const& options) {
+    Result<std::unique_ptr<LoadedScene>> loaded = LoadedScene::Open(options.scene, options.plugin);
+    if (!loaded) {
+        return loaded.GetFailure();
+    }
+    std::unique_ptr<Stage> stage(new Stage);
+    stage->loaded_ = std::move(*loaded);
+    if (Status failure = stage->Prepare(options)) {
+        return *failure;
+    }
+    return stage;
+}
+
+// Scene, programs, device, then (by the members' own order) registry, plug-in and context.
+Stage::~Stage() {
+    if (loaded_) {
+        loaded_->Unload();
+    }
+}
+
+Status Stage::Prepare(StageOptions const& options) {
+    Scene const& scene = loaded_->GetScene();
+    const bool hasSize = scene.size.width > 0 && scene.size.height > 0;
+    size_ = options.size.value_or(hasSize ? PixelSize{scene.size.width, scene.size.height} : kDefaultSize);
+    camera2D_ = options.camera2D.value_or(
+        Camera2D{scene.camera2d.has_value(), scene.camera2d.value_or(SizeT<RealFixed>{})});
+    Result<std::unique_ptr<EglContext>> context = EglContext::Create(options.surface, size_, options.samples);
+    if (!context) {
+        return context.GetFailure();
+    }
+    context_ = std::move(*context);
+    device_.reset(loaded_->GetPlugin().CreateDevice());
+    if (device_ == nullptr || device_->Initialize(nullptr, ToDeviceFormat(options.surface), size_) == 0) {
+        return Failure{ExitCode::Runtime, "the plug-in's device failed to start"};
+    }
+    device_->SetViewport(0, 0, size_.width, size_.height);
+    device_->SetClearColor(options.background.value_or(scene.background));
+    WarnOfUnknownFormats(scene);
+    return std::nullopt;
+}
+
+FrameTimes Stage::Draw(RealFixed time) {
+    FrameTimes times;
+    const Stopwatch whole;
+    device_->Clear();
+    if (camera2D_.enabled) {
+        device_->PushCamera2D(camera2D_.size.width, camera2D_.size.height);
+    }
+    const RealFixed delta = lastTime_ ? time - *lastTime_ : RealFixed{};
+    lastTime_ = time;
+    const Stopwatch update;
+    loaded_->GetScene().root->Update(*device_, time, delta, false);
+    times.update = update.Milliseconds();
+    const Stopwatch render;
+    loaded_->GetScene().root->Render(*device_);
+    device_->Present();
+    glFinish();
+    times.render = render.Milliseconds();
+    if (camera2D_.enabled) {
+        device_->PopCamera();
+    }
+    times.total = whole.Milliseconds();
+    return times;
+}
+
+Result<Image> Stage::Read() const {
+    Image image{static_cast<uint32_t>(size_.width), static_cast<uint32_t>(size_.height), {}};
+    const size_t row = size_t{4} * image.width;
+    image.rgba.resize(row * image.height);
+    // Drawing may leave errors behind that say nothing about the read-back; a lost context never runs out
+    // of them.
+    for (int i = 0; i < 16 && glGetError() != GL_NO_ERROR; ++i) {
+    }
+    glReadPixels(0, 0, size_.width, size_.height, GL_RGBA, GL_UNSIGNED_BYTE, image.rgba.data());
+    if (const GLenum error = glGetError(); error != GL_NO_ERROR) {
+        char text[64];
+        std::snprintf(text, sizeof text, "GL: glReadPixels failed with error 0x%04X", error);
+        return Failure{ExitCode::Runtime, text};
+    }
+    // GL's first row is the bottom one.
+    for (uint32_t y = 0; y < image.height / 2; ++y) {
+        std::swap_ranges(&image.rgba[y * row], &image.rgba[y * row] + row,
+                         &image.rgba[(image.height - 1 - y) * row]);
+    }
+    return image;
+}
+
+std::vector<std::pair<std::string, std::string>> Stage::DescribeGl() const {
+    return {{"egl", context_->Describe()},
+            {"vendor", GlText(GL_VENDOR)},
+            {"renderer", GlText(GL_RENDERER)},
+            {"version", GlText(GL_VERSION)},
+            {"glsl", GlText(GL_SHADING_LANGUAGE_VERSION)},
+            {"plugin", loaded_->GetPlugin().GetPath()}};
+}
+
+}  // namespace zorvan::tool
