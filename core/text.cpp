@@ -21,6 +21,10 @@ bool Text::Load(Deserializer& reader) {
     if (!TransformNode::Load(reader)) {
         return false;
     }
+    if (!reader.Has("font")) {
+        reader.Fail(nullptr, "got a text without \"font\", expected the name of a font");
+        return false;
+    }
     constexpr int32_t kMostSpacing = 32767;  // what 16.16 holds
     for (PropertyT<int32_t> const* spacing : {&letterSpacing, &lineSpacing}) {
         if (spacing->Get() < -kMostSpacing || spacing->Get() > kMostSpacing) {

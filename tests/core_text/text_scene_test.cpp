@@ -179,6 +179,7 @@ TEST_F(SceneTest, MistakesAreNamed) {
         {good + ", \"colour\": 1", "", "/fonts/0/colour: "},
         {good + "}, {\"name\": \"sans\", " + good, "", "/fonts/1/name: got \"sans\" again"},
         {good, R"("font": "serif")", "/root/children/0/font: "},
+        {good, R"("string": "a")", "/root/children/0: got a text without \"font\""},
         {good, R"("font": "sans", "alignment": "justify")", "/alignment: got \"justify\", expected left,"},
         {good, R"("font": "sans", "alignment": 3)", "/alignment: "},
         {good, R"("font": "sans", "box": [10])", "/box: "},
