@@ -11,6 +11,11 @@ namespace zorvan::json {
 
 enum class Type : uint8_t { Null, Bool, Integer, Real, String, Array, Object };
 
+// In Document::strings.
+struct StringRange {
+    uint32_t begin, length;
+};
+
 struct Value {
     Type type = Type::Null;
     bool asked = false;     // by a reader, as a member of its object
@@ -22,9 +27,7 @@ struct Value {
     union {
         int64_t integer = 0;  // truth values too
         double real;
-        struct {
-            uint32_t begin, length;
-        } text;  // into Document::strings
+        StringRange text;
     };
 };
 

@@ -87,7 +87,8 @@ TEST(Referenced, LivesAsLongAsSomeoneHoldsIt) {
         EXPECT_EQ(Counted(*first).references, 0);
         deleted = 0;
         first = RefT<Counted>();
-        second = second;
+        RefT<Counted>& alias = second;
+        second = alias;
         EXPECT_EQ(second->references, 1);
         RefT<Counted> moved = std::move(second);
         EXPECT_EQ(moved->references, 1);
