@@ -76,7 +76,7 @@ enum { QONVERT_VERSION = 0x00020002 };
  * format's own value"; every other word is taken as it stands, zero included. So a zeroed
  * record equals no record except for nBumpmapHeight, which is 10 without a record.
  */
-typedef struct _TFormatFlags {
+typedef struct _TFormatFlags { /* NOLINT(bugprone-reserved-identifier) */
     /* Bytes from one row to the next; default (bits per pixel * nWidth + 7) / 8. Counts in the
        size of plain and float images. Float pixels stay packed, and a palette destination
        ignores it. */
@@ -109,7 +109,7 @@ typedef struct _TFormatFlags {
 } TFormatFlags;
 
 /* One image. The caller fills in every field and owns both pointers. */
-typedef struct _TQonvertImage {
+typedef struct _TQonvertImage { /* NOLINT(bugprone-reserved-identifier) */
     /* Size in pixels. */
     uint32_t nWidth;
     uint32_t nHeight;

@@ -110,11 +110,13 @@ TEST(Plain, DataSizeIsWrittenExceptByThePackedCopy) {
         std::uint32_t format, stride, masks, room, size;
     };
     for (const Row& row : {Row{FMT_RGBA8888, 0, 0, 20, 20}, Row{FMT_RGBA8888, 12, 0xFF, 20, 20},
-                           Row{FMT_RGBA8888, 16, 0, 20, 16}, Row{FMT_RGBA8888, 0, 0xF0, 20, 12},
-                           Row{FMT_BGRA8888, 0, 0, 20, 12}, Row{FMT_RGB888, 12, 0, 20, 12}}) {
+                           Row{FMT_RGBA8888, 16, 0, 20, 16}, Row{FMT_RGBA8888, 0, 0x7F, 20, 12},
+                           Row{FMT_BGRA8888, 0, 0, 20, 12}, Row{FMT_BGRA8888, 0, 0xFF, 20, 12},
+                           Row{FMT_RGB888, 12, 0, 20, 12}}) {
         TestImage source(3, 1, FMT_RGB888, rgb);
         TestImage destination(3, 1, row.format, Bytes(row.room, 0xEE));
         destination.With(&TFormatFlags::nStride, row.stride).With(&TFormatFlags::nMaskRed, row.masks);
+        destination.With(&TFormatFlags::nMaskBlue, row.masks << 16);
         Convert(source, destination);
         EXPECT_EQ(destination.DataSize(), row.size);
     }
