@@ -47,6 +47,8 @@ TEST(Scale, Filters) {
         {"point enlarges", 2, 1, {7, 9}, 5, 1, 1, {7, 7, 9, 9, 9}},
         {"four samples", 4, 4, Ramp4x4(), 2, 2, 3, {25, 45, 105, 125}},
         {"cubic blurs the centre sample", 4, 1, {0, 0, 255, 0}, 2, 1, 4, {42, 42}},
+        {"cubic keeps some flat values", 3, 1, {100, 100, 100}, 1, 1, 4, {100}},
+        {"cubic loses one of others", 3, 1, {183, 183, 183}, 1, 1, 4, {182}},
         {"unknown filter clears", 2, 2, {1, 2, 3, 4}, 1, 3, 7, {0, 0, 0}},
         {"same size ignores the filter", 2, 2, {1, 2, 3, 4}, 2, 2, 7, {1, 2, 3, 4}},
     };
@@ -56,23 +58,6 @@ TEST(Scale, Filters) {
         TestImage destination(row.newWidth, row.newHeight, FMT_A8);
         destination.With(&TFormatFlags::nScaleFilter, row.filter);
         EXPECT_EQ(Convert(source, destination.Allocate(0xEE)), row.result);
-    }
-}
-
-TEST(Scale, CubicLosesOneOnSomeUniformValues) {
-    for (unsigned value = 0; value < 256; ++value) {
-        TestImage source(2, 2, FMT_A8, Bytes(4, static_cast<std::uint8_t>(value)));
-        TestImage destination(3, 1, FMT_A8);
-        destination.With(&TFormatFlags::nScaleFilter, 4);
-        const Bytes result = Convert(source, destination.Allocate());
-        ASSERT_EQ(result, Bytes(3, result[0]));
-        ASSERT_LE(value - result[0], 1u) << value;
-        if (value == 255 || value == 128 || value == 100) {
-            EXPECT_EQ(result[0], value);
-        }
-        if (value == 39 || value == 183) {
-            EXPECT_EQ(result[0], value - 1);
-        }
     }
 }
 
