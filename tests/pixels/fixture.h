@@ -1,0 +1,98 @@
+// A device on an off-screen surface, with a camera whose units are pixels.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "graphics/camera.h"
+#include "graphics/device.h"
+#include "objects/sprite.h"
+#include "objects/texture.h"
+#include "shaders/shader.h"
+#include "tests/empty_reader.h"
+#include "tests/pixels/surface.h"
+
+namespace zorvan {
+
+using Color = ColorT<RealFixed>;
+
+constexpr RealFixed Real(int value) {
+    return RealFixed::FromInt(value);
+}
+
+// k / 255, rounded to 16.16 so that it lands on the byte k.
+constexpr RealFixed Byte(int k) {
+    return RealFixed{(k * 65536 + 127) / 255};
+}
+
+inline constexpr ChannelBits kRgb565{5, 6, 5, 0};
+inline constexpr ChannelBits kRgb888{8, 8, 8, 0};
+inline constexpr ChannelBits kRgba8888{8, 8, 8, 8};
+
+class PixelTest : public testing::Test {
+  protected:
+    // A size whose reciprocal 16.16 holds exactly: sprites land on whole pixels.
+    static constexpr int kSize = 512;
+
+    // False (and the test is skipped with words) when the driver has no such surface.
+    bool Open(ChannelBits const& bits, int size = kSize) {
+        Close();
+        surface = Surface::Make(size, size, bits);
+        if (surface == nullptr) {
+            return false;
+        }
+        device = std::make_unique<GraphicsDeviceGL>();
+        EXPECT_EQ(device->Initialize(nullptr, DeviceFormat::Rgba8888, {size, size}), 1u);
+        device->PushCamera2D(Real(size + 1), Real(size + 1));
+        return true;
+    }
+    void Close() {
+        if (device != nullptr) {
+            delete device->solidShader;
+        }
+        Shader::ReleaseAll();
+        device.reset();
+        surface.reset();
+    }
+    ~PixelTest() override { Close(); }
+
+    void ClearTo(Color const& color) {
+        device->SetClearColor(color);
+        device->Clear();
+    }
+    void Draw(Node& node) {
+        node.Update(*device, RealFixed{});
+        node.Render(*device);
+        surface->Read();
+    }
+
+    static RefT<SpriteGL> MakeSprite(int x, int y, int width, int height, Color const& color = {}) {
+        RefT<SpriteGL> sprite(new SpriteGL);
+        sprite->position.Set({Real(x), Real(y), RealFixed{}});
+        sprite->width.Set(width);
+        sprite->height.Set(height);
+        sprite->color.Set(color);
+        EmptyReader reader;
+        EXPECT_TRUE(sprite->Load(reader));
+        return sprite;
+    }
+    static RefT<TextureGL> MakeTexture(uint32_t format, int width, int height, std::vector<uint8_t> const& bytes) {
+        RefT<TextureGL> texture(new TextureGL);
+        texture->format.Set(format);
+        texture->width.Set(width);
+        texture->height.Set(height);
+        texture->usedWidth.Set(width);
+        texture->usedHeight.Set(height);
+        const auto size = static_cast<uint32_t>(bytes.size());
+        EXPECT_TRUE(texture->SizePixelStore(size));
+        std::copy(bytes.begin(), bytes.end(), texture->pixels.data);
+        texture->levels.Append({static_cast<uint32_t>(width), static_cast<uint32_t>(height), 0, size});
+        return texture;
+    }
+
+    std::unique_ptr<Surface> surface;
+    std::unique_ptr<GraphicsDeviceGL> device;
+};
+
+}  // namespace zorvan
