@@ -66,8 +66,10 @@ function(zorvan_test name)
   if(arg_LABELS)
     list(APPEND properties LABELS ${arg_LABELS})
   endif()
+  # As a launcher: the property ENVIRONMENT would keep only the first of several variables on its way here.
   if(arg_ENV)
-    list(APPEND properties ENVIRONMENT ${arg_ENV})
+    set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR
+      "${CMAKE_COMMAND};-E;env;${arg_ENV};${CMAKE_CROSSCOMPILING_EMULATOR}")
   endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()

@@ -11,8 +11,14 @@ namespace {
 
 using Channels = std::array<double, 4>;
 
-enum class Factor { One, SourceAlpha, DestinationColor, OneMinusDestinationColor, OneMinusSourceColor,
-                    OneMinusSourceAlpha };
+enum class Factor {
+    One,
+    SourceAlpha,
+    DestinationColor,
+    OneMinusDestinationColor,
+    OneMinusSourceColor,
+    OneMinusSourceAlpha
+};
 enum class Snippet { None, Premultiply, SquareAlpha };
 enum class Shading { Tinted, AlphaTinted, Plain };
 
@@ -28,9 +34,11 @@ Mode ModeOf(uint32_t number) {
         case 4:
             return {Factor::SourceAlpha, Factor::One};
         case 5:
-            return {Factor::SourceAlpha, Factor::OneMinusSourceAlpha, Snippet::Premultiply, Shading::AlphaTinted};
+            return {Factor::SourceAlpha, Factor::OneMinusSourceAlpha, Snippet::Premultiply,
+                    Shading::AlphaTinted};
         case 6:
-            return {Factor::OneMinusDestinationColor, Factor::One, Snippet::Premultiply, Shading::AlphaTinted};
+            return {Factor::OneMinusDestinationColor, Factor::One, Snippet::Premultiply,
+                    Shading::AlphaTinted};
         case 23:
             return {Factor::DestinationColor, Factor::OneMinusSourceAlpha, Snippet::None, Shading::Plain};
         case 25:
@@ -76,7 +84,8 @@ Channels AfterSnippets(Channels color, std::vector<uint32_t> const& modes) {
     for (const uint32_t number : modes) {
         const Snippet snippet = ModeOf(number).snippet;
         if (snippet == Snippet::Premultiply) {
-            std::for_each(color.begin(), color.begin() + 3, [&color](double& channel) { channel *= color[3]; });
+            std::for_each(color.begin(), color.begin() + 3,
+                          [&color](double& channel) { channel *= color[3]; });
         } else if (snippet == Snippet::SquareAlpha) {
             color[3] *= color[3];
         }
@@ -120,7 +129,8 @@ class BlendTest : public PixelTest, public testing::WithParamInterface<ChannelBi
         const Channels drawn = surface->At(8, 8).channels;
         for (size_t i = 0; i < 4; ++i) {
             const int bits = GetParam()[i];
-            // Half a step for the driver's rounding, half for ours, and what dithering adds on coarse surfaces.
+            // Half a step for the driver's rounding, half for ours, and what dithering adds on coarse
+            // surfaces.
             const double step = 1.0 / ((1 << bits) - 1);
             if (bits > 0) {
                 EXPECT_NEAR(drawn[i], expected[i], bits < 8 ? 1.1 * step : 1.001 / 255) << "channel " << i;
@@ -153,21 +163,15 @@ TEST_P(BlendTest, Textured) {
         const Mode mode = chain.empty() ? Mode{} : ModeOf(chain.back());
         Channels source = {200 / 255.0, 100 / 255.0, 50 / 255.0, 180 / 255.0};
         for (size_t i = 0; i < 4; ++i) {
-            source[i] *= mode.shading == Shading::AlphaTinted || (mode.shading == Shading::Tinted && i == 3) ? opacity
-                                                                                                            : 1;
+            source[i] *= mode.shading == Shading::AlphaTinted || (mode.shading == Shading::Tinted && i == 3)
+                             ? opacity
+                             : 1;
         }
         ExpectBlend(mode, source);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Surfaces, BlendTest, testing::Values(kRgb565, kRgb888, kRgba8888),
-                         [](testing::TestParamInfo<ChannelBits> const& param) {
-                             std::string name = "Bits";
-                             for (const int bits : param.param) {
-                                 name += std::to_string(bits);
-                             }
-                             return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(Surfaces, BlendTest, testing::Values(kRgb565, kRgb888, kRgba8888), BitsOf);
 
 }  // namespace
 }  // namespace zorvan

@@ -30,6 +30,15 @@ inline constexpr ChannelBits kRgb565{5, 6, 5, 0};
 inline constexpr ChannelBits kRgb888{8, 8, 8, 0};
 inline constexpr ChannelBits kRgba8888{8, 8, 8, 8};
 
+// Names a case of a test that runs on several surfaces.
+inline std::string BitsOf(testing::TestParamInfo<ChannelBits> const& info) {
+    std::string name = "Bits";
+    for (const int bits : info.param) {
+        name += std::to_string(bits);
+    }
+    return name;
+}
+
 class PixelTest : public testing::Test {
   protected:
     // A size whose reciprocal 16.16 holds exactly: sprites land on whole pixels.
@@ -77,7 +86,8 @@ class PixelTest : public testing::Test {
         EXPECT_TRUE(sprite->Load(reader));
         return sprite;
     }
-    static RefT<TextureGL> MakeTexture(uint32_t format, int width, int height, std::vector<uint8_t> const& bytes) {
+    static RefT<TextureGL> MakeTexture(uint32_t format, int width, int height,
+                                       std::vector<uint8_t> const& bytes) {
         RefT<TextureGL> texture(new TextureGL);
         texture->format.Set(format);
         texture->width.Set(width);

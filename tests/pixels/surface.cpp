@@ -19,7 +19,8 @@ EGLDisplay Display() {
 
 // EGL offers what has at least the bits asked for; take what has exactly them.
 EGLConfig ExactConfig(ChannelBits const& bits) {
-    const EGLint wanted[] = {EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_RENDERABLE_TYPE, EGL_OPENGL_ES2_BIT, EGL_NONE};
+    const EGLint wanted[] = {EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_RENDERABLE_TYPE, EGL_OPENGL_ES2_BIT,
+                             EGL_NONE};
     std::array<EGLConfig, 256> configs;
     EGLint count = 0;
     eglChooseConfig(Display(), wanted, configs.data(), static_cast<EGLint>(configs.size()), &count);
