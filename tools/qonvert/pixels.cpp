@@ -1,5 +1,9 @@
 #include "tools/qonvert/pixels.h"
 
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+
 #include "texconv/format_table.h"
 #include "tools/qonvert/finding.h"
 
@@ -25,6 +29,16 @@ void CheckWorkingSize(std::uint32_t width, std::uint32_t height, std::uint64_t b
     }
 }
 
+// The converter leaves its output as it is when it finds no memory, and tells nobody. It holds two
+// working images at a time; so much must be there.
+void CheckMemory(std::uint64_t pixels, std::uint64_t bytesPerPixel) {
+    void* volatile probe = std::malloc(static_cast<std::size_t>(2 * pixels * bytesPerPixel));
+    if (probe == nullptr) {
+        throw std::bad_alloc();
+    }
+    std::free(probe);
+}
+
 void CheckBytes(const char* which, std::uint64_t got, std::uint64_t expected) {
     if (got != expected) {
         throw ToolError(ExitCode::kRuntime, std::string("internal: ") + which + " pixels take " +
@@ -45,6 +59,10 @@ TQonvertImage Describe(const Picture& picture, TFormatFlags& flags) {
 
 }  // namespace
 
+void CheckConvertible(std::uint32_t format, std::uint32_t width, std::uint32_t height) {
+    CheckWorkingSize(width, height, IsFloat(format) ? 16 : 4);
+}
+
 void ConvertPictureInto(const Picture& source, std::uint32_t format, std::uint32_t width,
                         std::uint32_t height, const Steps& steps, std::span<std::uint8_t> out) {
     const std::uint64_t perPixel = IsFloat(source.format) || IsFloat(format) ? 16 : 4;
@@ -52,6 +70,8 @@ void ConvertPictureInto(const Picture& source, std::uint32_t format, std::uint32
     CheckWorkingSize(width, height, perPixel);
     CheckBytes("source", source.bytes.size(), PictureBytes(source.format, source.width, source.height));
     CheckBytes("destination", out.size(), PictureBytes(format, width, height));
+    CheckMemory(std::max(std::uint64_t{source.width} * source.height, std::uint64_t{width} * height),
+                perPixel);
 
     TFormatFlags sourceFlags{};
     sourceFlags.nMode = kQuiet;
@@ -80,6 +100,7 @@ Bytes ConvertPicture(const Picture& source, std::uint32_t format, std::uint32_t 
 Bytes ConvertMaskedPixels(const Picture& source, const std::uint32_t (&masks)[4], std::uint32_t format) {
     CheckWorkingSize(source.width, source.height, 4);
     CheckBytes("source", source.bytes.size(), PictureBytes(source.format, source.width, source.height));
+    CheckMemory(std::uint64_t{source.width} * source.height, 4);
     TFormatFlags flags{};
     flags.nMaskRed = masks[0];
     flags.nMaskGreen = masks[1];

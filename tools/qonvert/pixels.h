@@ -27,6 +27,9 @@ struct Steps {
     bool wrap = false;
 };
 
+// Throws ToolError (unsupported) for a size that the converter cannot hold.
+void CheckConvertible(std::uint32_t format, std::uint32_t width, std::uint32_t height);
+
 // Converts into a new buffer of `width` x `height` pixels of `format`. Throws ToolError when the
 // picture is too large for the converter, or `source.bytes` is not the size that its format needs.
 Bytes ConvertPicture(const Picture& source, std::uint32_t format, std::uint32_t width, std::uint32_t height,

@@ -127,6 +127,7 @@ void EncodePiece(const WorkingLevel& level, std::uint32_t workingFormat, const P
 }  // namespace
 
 Transformed Transform(const TextureFile& source, const Recipe& recipe) {
+    CheckConvertible(recipe.format, recipe.width, recipe.height);
     Transformed result;
     result.texture.format = recipe.format;
     result.texture.width = recipe.width;

@@ -9,7 +9,7 @@ struct Recipe {
     std::uint32_t format = 0;  // of the result
     std::uint32_t width = 0;   // of the result's level 0
     std::uint32_t height = 0;
-    Steps steps;
+    Steps steps = {};
     // Levels of the result, each built from the one above; 0 converts the levels that there are, or
     // only level 0 where scaling or a normal map would make the others meaningless.
     std::uint32_t levels = 0;
