@@ -55,13 +55,12 @@ EGLDisplay SurfacelessDisplay() {
 
 }  // namespace
 
-Result<std::unique_ptr<EglContext>> EglContext::Create(SurfaceFormat format, PixelSize const& size,
-                                                       int samples) {
+Result<std::unique_ptr<EglContext>> EglContext::Create(SurfaceFormat format, PixelSize const& size) {
     PrepareSoftwareRendering();
     std::unique_ptr<EglContext> context(new EglContext);
     Status failure = context->Open();
     if (!failure) {
-        failure = context->ChooseConfig(format, samples);
+        failure = context->ChooseConfig(format);
     }
     if (!failure) {
         failure = context->MakeCurrent(size);
@@ -104,7 +103,7 @@ Status EglContext::Open() {
     return std::nullopt;
 }
 
-Status EglContext::ChooseConfig(SurfaceFormat format, int samples) {
+Status EglContext::ChooseConfig(SurfaceFormat format) {
     // eglChooseConfig takes sizes as least sizes and prefers more bits: pick the exact ones here.
     const EGLint wanted[] = {EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_RENDERABLE_TYPE, EGL_OPENGL_ES2_BIT,
                              EGL_NONE};
@@ -124,7 +123,7 @@ Status EglContext::ChooseConfig(SurfaceFormat format, int samples) {
         };
         if (attribute(EGL_RED_SIZE) != bits[0] || attribute(EGL_GREEN_SIZE) != bits[1] ||
             attribute(EGL_BLUE_SIZE) != bits[2] || attribute(EGL_ALPHA_SIZE) != bits[3] ||
-            attribute(EGL_SAMPLES) != samples) {
+            attribute(EGL_SAMPLES) != 0) {
             continue;
         }
         const EGLint extra = attribute(EGL_DEPTH_SIZE) + attribute(EGL_STENCIL_SIZE);
@@ -135,8 +134,7 @@ Status EglContext::ChooseConfig(SurfaceFormat format, int samples) {
     }
     if (leastExtra < 0) {
         return Failure{ExitCode::Unsupported,
-                       "EGL: this display has no off-screen surface of the format asked for with " +
-                           std::to_string(samples) + " samples per pixel"};
+                       "EGL: this display has no off-screen surface of these colour bits"};
     }
     return std::nullopt;
 }

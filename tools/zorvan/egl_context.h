@@ -15,10 +15,8 @@ namespace zorvan::tool {
 class EglContext {
   public:
     // A pbuffer of the format's colour bits, on EGL's surfaceless platform or, where there is none, on the
-    // default display. samples is the number of samples per pixel, 0 for no multisampling. Failures:
-    // Unsupported when no such surface can be had here, Runtime when EGL fails.
-    static Result<std::unique_ptr<EglContext>> Create(SurfaceFormat format, PixelSize const& size,
-                                                      int samples);
+    // default display. Failures: Unsupported when no such surface can be had here, Runtime when EGL fails.
+    static Result<std::unique_ptr<EglContext>> Create(SurfaceFormat format, PixelSize const& size);
 
     EglContext(EglContext const&) = delete;
     EglContext& operator=(EglContext const&) = delete;
@@ -30,7 +28,7 @@ class EglContext {
   private:
     EglContext() = default;
     Status Open();
-    Status ChooseConfig(SurfaceFormat format, int samples);
+    Status ChooseConfig(SurfaceFormat format);
     Status MakeCurrent(PixelSize const& size);
 
     EGLDisplay display_ = EGL_NO_DISPLAY;

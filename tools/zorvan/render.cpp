@@ -15,7 +15,7 @@ constexpr char const* kFooter =
     "  zorvan render hello.json hello.png\n"
     "  zorvan render crowd.json out_%04d.png --frames 0..59 --fps 30\n"
     "  zorvan render crowd.json - --frames 0..299 | ffmpeg -i - crowd.mp4\n"
-    "  zorvan render hello.json hello.png --size 1280x800 --samples 4 --background '#203040'\n"
+    "  zorvan render hello.json hello.png --size 1280x800 --supersample 2 --background '#203040'\n"
     "  zorvan render hello.json hello.png --json\n"
     "\n"
     "Frame N shows the scene at the time T + N / FPS. OUT is a PNG file, a name with %d or %04d for the\n"

@@ -46,13 +46,35 @@ void WarnOfUnknownFormats(Scene const& scene) {
     }
 }
 
+// Averages squares of factor x factor pixels.
+Image Shrink(Image image, uint32_t factor) {
+    if (factor == 1) {
+        return image;
+    }
+    Image small{image.width / factor, image.height / factor, {}};
+    small.rgba.reserve(size_t{4} * small.width * small.height);
+    for (uint32_t y = 0; y < small.height; ++y) {
+        for (uint32_t i = 0; i < 4 * small.width; ++i) {
+            uint32_t sum = factor * factor / 2;
+            for (uint32_t n = 0; n < factor * factor; ++n) {
+                const size_t from =
+                    size_t{y * factor + n / factor} * image.width + i / 4 * factor + n % factor;
+                sum += image.rgba[4 * from + i % 4];
+            }
+            small.rgba.push_back(static_cast<uint8_t>(sum / (factor * factor)));
+        }
+    }
+    return small;
+}
+
 }  // namespace
 
 void StageOptions::AddTo(CLI::App& app) {
     AddValue(app, "--size", size, "WIDTHxHEIGHT of the surface in pixels; default: the scene's own");
     AddValue(app, "--surface", surface, "565, 888 or 8888: colour bits of the surface; default 888");
-    app.add_option("--samples", samples, "Samples per pixel, for smooth edges: 0 or 4; default 0")
-        ->check(CLI::Range(0, 16));
+    app.add_option("--supersample", supersample,
+                   "Draw N times the pixels in each direction and average them, 1 to 8; default 1")
+        ->check(CLI::Range(1, 8));
     AddValue(app, "--background", background, "#rrggbb or #rrggbbaa; default: the scene's own, or black");
     AddValue(app, "--camera2d", camera2D,
              "WIDTHxHEIGHT of the screen-space camera, or none; default: the scene's own, or none");
@@ -112,11 +134,13 @@ Stage::~Stage() {
 
 Status Stage::Prepare(StageOptions const& options) {
     Scene const& scene = loaded_->GetScene();
+    supersample_ = options.supersample;
     const bool hasSize = scene.size.width > 0 && scene.size.height > 0;
     size_ = options.size.value_or(hasSize ? PixelSize{scene.size.width, scene.size.height} : kDefaultSize);
     camera2D_ = options.camera2D.value_or(
         Camera2D{scene.camera2d.has_value(), scene.camera2d.value_or(SizeT<RealFixed>{})});
-    Result<std::unique_ptr<EglContext>> context = EglContext::Create(options.surface, size_, options.samples);
+    Result<std::unique_ptr<EglContext>> context =
+        EglContext::Create(options.surface, {size_.width * supersample_, size_.height * supersample_});
     if (!context) {
         return context.GetFailure();
     }
@@ -125,7 +149,7 @@ Status Stage::Prepare(StageOptions const& options) {
     if (device_ == nullptr || device_->Initialize(nullptr, ToDeviceFormat(options.surface), size_) == 0) {
         return Failure{ExitCode::Runtime, "the plug-in's device failed to start"};
     }
-    device_->SetViewport(0, 0, size_.width, size_.height);
+    device_->SetViewport(0, 0, size_.width * supersample_, size_.height * supersample_);
     device_->SetClearColor(options.background.value_or(scene.background));
     WarnOfUnknownFormats(scene);
     return std::nullopt;
@@ -156,14 +180,15 @@ FrameTimes Stage::Draw(RealFixed time) {
 }
 
 Result<Image> Stage::Read() const {
-    Image image{static_cast<uint32_t>(size_.width), static_cast<uint32_t>(size_.height), {}};
+    const PixelSize surface = {size_.width * supersample_, size_.height * supersample_};
+    Image image{static_cast<uint32_t>(surface.width), static_cast<uint32_t>(surface.height), {}};
     const size_t row = size_t{4} * image.width;
     image.rgba.resize(row * image.height);
     // Drawing may leave errors behind that say nothing about the read-back; a lost context never runs out
     // of them.
     for (int i = 0; i < 16 && glGetError() != GL_NO_ERROR; ++i) {
     }
-    glReadPixels(0, 0, size_.width, size_.height, GL_RGBA, GL_UNSIGNED_BYTE, image.rgba.data());
+    glReadPixels(0, 0, surface.width, surface.height, GL_RGBA, GL_UNSIGNED_BYTE, image.rgba.data());
     if (const GLenum error = glGetError(); error != GL_NO_ERROR) {
         char text[64];
         std::snprintf(text, sizeof text, "GL: glReadPixels failed with error 0x%04X", error);
@@ -174,7 +199,7 @@ Result<Image> Stage::Read() const {
         std::swap_ranges(&image.rgba[y * row], &image.rgba[y * row] + row,
                          &image.rgba[(image.height - 1 - y) * row]);
     }
-    return image;
+    return Shrink(std::move(image), static_cast<uint32_t>(supersample_));
 }
 
 std::vector<std::pair<std::string, std::string>> Stage::DescribeGl() const {

@@ -28,7 +28,8 @@ struct StageOptions {
     std::optional<ColorT<RealFixed>> background;
     std::optional<Camera2D> camera2D;
     SurfaceFormat surface = SurfaceFormat::Rgb888;
-    int samples = 0;
+    // The surface has this many times the pixels in each direction; pictures average them.
+    int supersample = 1;
 
     // Adds the options that every verb with a surface shares.
     void AddTo(CLI::App& app);
@@ -72,7 +73,7 @@ class Stage {
 
     // Updates and renders the scene at a time in seconds.
     FrameTimes Draw(RealFixed time);
-    // Reads the surface back.
+    // Reads the surface back as a picture.
     Result<Image> Read() const;
 
     LoadedScene& GetLoaded() { return *loaded_; }
@@ -87,7 +88,8 @@ class Stage {
     std::unique_ptr<EglContext> context_;
     std::unique_ptr<LoadedScene> loaded_;
     std::unique_ptr<GraphicsDevice> device_;
-    PixelSize size_;
+    PixelSize size_;  // of pictures
+    int supersample_ = 1;
     Camera2D camera2D_;
     std::optional<RealFixed> lastTime_;
 };
