@@ -256,7 +256,7 @@ TEST_F(SpriteTest, CopiesHaveNeitherGeometryNorProgram) {
     sprite->Attach(child.Get());
     Update(*sprite);
     RefT<SpriteGL> copy(static_cast<SpriteGL*>(sprite->CloneDeep()));
-    EXPECT_EQ(static_cast<Node*>(sprite->Clone())->GetChildren().Count(), 0u);
+    EXPECT_EQ(RefT<Node>(sprite->Clone())->GetChildren().Count(), 0u);
     ASSERT_EQ(copy->GetChildren().Count(), 1u);
     EXPECT_EQ(copy->GetGLShader(), nullptr);
     EXPECT_EQ(copy->width.Get(), 3);
