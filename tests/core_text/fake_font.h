@@ -1,4 +1,4 @@
-// Fonts and textures without a device, for tests of the core's text.
+// Fonts, textures and a device without a back end, for tests of the core's text.
 #pragma once
 
 #include <string>
@@ -6,6 +6,7 @@
 
 #include "core/class_registry.h"
 #include "core/font.h"
+#include "core/graphics_device.h"
 #include "core/texture.h"
 
 namespace zorvan::test {
@@ -13,6 +14,25 @@ namespace zorvan::test {
 class PlainTexture final : public Texture {
   public:
     bool Compress() override { return false; }
+};
+
+// Has nothing to draw on.
+class NullDevice final : public GraphicsDevice {
+  public:
+    Vector2T<DoubleRealFixed> ProjectCoordinate(Matrix4T<RealFixed> const&,
+                                                Vector4T<RealFixed> const&) override {
+        return {};
+    }
+    void Present() override {}
+    uint32_t ReadPixels(RectangleT<int> const&, Texture**) override { return 0; }
+    void PushMasks(List<Mask*>&) override {}
+    void PopMasks(List<Mask*>&) override {}
+    void PushCamera(Camera*) override {}
+    void PushCamera2D(RealFixed const&, RealFixed const&) override {}
+    void PopCamera() override {}
+    void PushCameraDepth(bool) override {}
+    void PopCameraDepth(bool) override {}
+    void SetCameraDepth(bool) override {}
 };
 
 // Keeps what was to be drawn.

@@ -7,29 +7,10 @@
 #include <string>
 
 #include "core/font_file.h"
-#include "core/graphics_device.h"
 #include "fake_font.h"
 
 namespace zorvan::test {
 namespace {
-
-class NullDevice final : public GraphicsDevice {
-  public:
-    Vector2T<DoubleRealFixed> ProjectCoordinate(Matrix4T<RealFixed> const&,
-                                                Vector4T<RealFixed> const&) override {
-        return {};
-    }
-    void Present() override {}
-    uint32_t ReadPixels(RectangleT<int> const&, Texture**) override { return 0; }
-    void PushMasks(List<Mask*>&) override {}
-    void PopMasks(List<Mask*>&) override {}
-    void PushCamera(Camera*) override {}
-    void PushCamera2D(RealFixed const&, RealFixed const&) override {}
-    void PopCamera() override {}
-    void PushCameraDepth(bool) override {}
-    void PopCameraDepth(bool) override {}
-    void SetCameraDepth(bool) override {}
-};
 
 constexpr ColorT<RealFixed> kWhite{kOne<RealFixed>, kOne<RealFixed>, kOne<RealFixed>, kOne<RealFixed>};
 

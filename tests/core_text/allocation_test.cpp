@@ -1,0 +1,60 @@
+// Drawing the same string again takes no memory; counted by replacing the program's allocation functions.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+
+#include "fake_font.h"
+
+namespace {
+
+size_t allocations = 0;
+
+}  // namespace
+
+void* operator new(size_t size) {
+    ++allocations;
+    if (void* memory = std::malloc(size > 0 ? size : 1)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, size_t) noexcept {
+    std::free(memory);
+}
+
+namespace zorvan::test {
+namespace {
+
+TEST(FontAllocations, NonePerGlyphAndFrame) {
+    const RefT<RecordingFont> font(new RecordingFont);
+    font->lineHeight = RealFixed::FromInt(10);
+    Glyph glyph;
+    glyph.width = glyph.height = 4;
+    glyph.advance = RealFixed::FromInt(5);
+    for (uint32_t c = ' '; c <= '~'; ++c) {
+        font->AddGlyph(c, glyph);
+    }
+    std::wstring words;
+    for (int i = 0; i < 6000; ++i) {
+        words += i % 6 == 5 ? L' ' : static_cast<wchar_t>(L'a' + i % 26);
+    }
+    const MStringT<wchar_t> text(words);
+    const SizeT<RealFixed> box{RealFixed::FromInt(400), RealFixed{}};
+    NullDevice device;
+    const auto draw = [&] {
+        font->draws.clear();
+        const size_t before = allocations;
+        font->DrawString(device, text, {}, box, TextAlignment::Center, 0, 0);
+        return allocations - before;
+    };
+    EXPECT_GT(draw(), 0u) << "the first time places and records";
+    EXPECT_EQ(font->draws.size(), 5000u);
+    EXPECT_EQ(draw(), 0u);
+}
+
+}  // namespace
+}  // namespace zorvan::test
