@@ -112,6 +112,9 @@ class TreeBuilder final : public nlohmann::json::json_sax_t {
     }
 
     bool AddScalar(Type type) {
+        if (document_.values.size() >= kMostValues) {
+            return Fail(TokenStart(), "got too many values, expected at most " + std::to_string(kMostValues));
+        }
         Value value;
         value.type = type;
         value.place = static_cast<uint32_t>(TokenStart());
@@ -128,7 +131,9 @@ class TreeBuilder final : public nlohmann::json::json_sax_t {
     }
 
     bool Open(Type type) {
-        AddScalar(type);
+        if (!AddScalar(type)) {
+            return false;
+        }
         if (open_.size() >= kDeepestNesting) {
             return Fail(document_.values.back().place, "got deeper nesting, expected at most " +
                                                            std::to_string(kDeepestNesting) +

@@ -50,6 +50,8 @@ struct ParseError {
 
 // Arrays and objects inside each other.
 inline constexpr uint32_t kDeepestNesting = 200;
+// About 1.3 GiB of them; a sprite has ten to twenty.
+inline constexpr uint32_t kMostValues = 1u << 25;
 
 // Parses a whole text of less than 4 GiB. Refuses what is no JSON, repeated keys and too deep nesting.
 bool Parse(std::string_view text, Document& document, ParseError& error);

@@ -11,6 +11,9 @@ namespace {
 
 constexpr auto kLargestSide = static_cast<int32_t>(kLargestImageSide);
 
+// From the largest side down to 1.
+constexpr uint32_t kMostLevels = 15;
+
 // By format number; empty for the one that holds no image.
 constexpr char const* kFormatNames[TextureFormat::kCount] = {
     "rgb565",           "rgba5551", "rgba4444",         "", "rgb888", "rgba8888-uncompressible", "rgba8888",
@@ -164,6 +167,10 @@ bool Texture::LoadLevels(Deserializer& reader) {
     std::vector<uint8_t> bytes;
     List<TextureLevel> table;
     const uint32_t count = reader.Count();
+    if (count > kMostLevels) {
+        reader.Fail(nullptr, "got " + std::to_string(count) + " levels, expected at most " +
+                                 std::to_string(kMostLevels));
+    }
     for (uint32_t i = 0; i < count && reader.Enter(i); ++i) {
         LoadLevel(reader, i, bytes, table);
         reader.Leave();

@@ -97,7 +97,7 @@ void Timeline::SetCamera(Camera* camera) {
     if (camera != nullptr && camera->GetParent() != nullptr) {
         camera->GetParent()->Detach(camera);
     }
-    if (camera_) {
+    if (camera_ && camera_->GetParent() == this) {  // another timeline may have taken it over
         camera_->SetParent(nullptr);
     }
     camera_ = next;

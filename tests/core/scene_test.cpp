@@ -105,6 +105,8 @@ TEST(Scene, RefusesBrokenHeadersAndResources) {
         {texture(R"("width": 4, "height": 4, "usedWidth": 5)"),
          "/textures/0/usedWidth: got 5, expected 1 to 4"},
         {texture(R"("width": 1, "height": 1, "levels": [])"), "/textures/0/levels: got no levels"},
+        {texture(R"("width": 1, "height": 1, "levels": [{},{},{},{},{},{},{},{},{},{},{},{},{},{},{},{}])"),
+         "/textures/0/levels: got 16 levels, expected at most 15"},
         {texture(R"("width": 1, "height": 1, "levels": [{}])"), "/textures/0/levels/0: got a level without"},
         {texture(R"("width": 1, "height": 1, "levels": [{"data": "A"}])"),
          "/textures/0/levels/0/data: got text that is no base64"},

@@ -120,7 +120,12 @@ TEST(Timeline, UpdatesItsCameraOnItsOwnPlace) {
     EXPECT_NE(copied, camera.Get());
     EXPECT_EQ(copied->GetParent(), copy.Get());
     camera->Attach(timeline.Get());  // refused: the camera stands on the timeline
+    RefT<FakeTimeline> other = MakeTimeline(0, PlaybackMode::Loop);
+    other->SetCamera(camera.Get());
     timeline->SetCamera(nullptr);
+    EXPECT_EQ(camera->GetParent(), other.Get());
+    other->SetCamera(nullptr);
+    EXPECT_EQ(camera->GetParent(), nullptr);
     EXPECT_EQ(camera->references, 1);
     camera->Attach(timeline.Get());
     timeline->SetCamera(camera.Get());  // refused: an ancestor
