@@ -36,12 +36,18 @@ bool ToStream(RenderOptions const& options) {
     return options.out == "-";
 }
 
+// Time of a frame as a raw 16.16 number of seconds, which may be too large for one.
+int64_t RawTimeOf(RenderOptions const& options, uint32_t frame) {
+    const int64_t rate = options.framesPerSecond;
+    return options.time.raw + (int64_t{frame} * 65536 + rate / 2) / rate;
+}
+
 Status CheckOptions(RenderOptions const& options) {
     if (options.raw && !ToStream(options)) {
         return Failure{ExitCode::Usage,
                        "--raw: got the file " + options.out + " as output, expected - (standard output)"};
     }
-    const int64_t last = int64_t{options.frames.last} * 65536 / options.framesPerSecond + options.time.raw;
+    const int64_t last = RawTimeOf(options, options.frames.last);
     if (last > INT32_MAX) {
         return Failure{ExitCode::Usage, "--frames: got a last frame at " + std::to_string(last / 65536) +
                                             " seconds, expected at most 32767"};
@@ -49,17 +55,12 @@ Status CheckOptions(RenderOptions const& options) {
     return std::nullopt;
 }
 
-RealFixed TimeOf(RenderOptions const& options, uint32_t frame) {
-    const int64_t rate = options.framesPerSecond;
-    return RealFixed::FromRaw(
-        static_cast<int32_t>(options.time.raw + (int64_t{frame} * 65536 + rate / 2) / rate));
-}
-
 Status DrawFrames(RenderOptions const& options, Stage& stage, FrameOutput& output, FrameFigures& figures) {
     Progress progress(options.frames.Count());
     for (uint32_t number = options.frames.first; number <= options.frames.last; ++number) {
         const uint64_t callsBefore = DrawCallCount();
-        const FrameTimes times = stage.Draw(TimeOf(options, number));
+        const FrameTimes times =
+            stage.Draw(RealFixed::FromRaw(static_cast<int32_t>(RawTimeOf(options, number))));
         figures.Add(times, DrawCallCount() - callsBefore);
         Result<Image> frame = stage.Read();
         if (!frame) {
