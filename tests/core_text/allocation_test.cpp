@@ -12,9 +12,12 @@ size_t allocations = 0;
 
 }  // namespace
 
-void* operator new(size_t size) {
+void* operator new(size_t size, std::nothrow_t const&) noexcept {
     ++allocations;
-    if (void* memory = std::malloc(size > 0 ? size : 1)) {
+    return std::malloc(size > 0 ? size : 1);
+}
+void* operator new(size_t size) {
+    if (void* memory = operator new(size, std::nothrow)) {
         return memory;
     }
     throw std::bad_alloc();
@@ -23,6 +26,9 @@ void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 void operator delete(void* memory, size_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::nothrow_t const&) noexcept {
     std::free(memory);
 }
 
