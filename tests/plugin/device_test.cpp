@@ -345,6 +345,11 @@ TEST_F(ReadPixelsTest, GLErrorsFail) {
         EXPECT_EQ(device->ReadPixels({0, 0, 4, 4}, &out), 0u);
         EXPECT_EQ(out, texture.Get());
         EXPECT_EQ(texture->levels.Count(), 0u);
+        // A texture of the device's own is not handed out either; it is lost.
+        script.errors = {{c.function, c.errors}};
+        Texture* made = nullptr;
+        EXPECT_EQ(device->ReadPixels({0, 0, 4, 4}, &made), 0u);
+        EXPECT_EQ(made, nullptr);
         if (c.function == std::string("glReadPixels")) {
             EXPECT_EQ(Bytes(*texture), std::vector<uint8_t>(texture->pixels.size));  // zeroed before the read
         }
