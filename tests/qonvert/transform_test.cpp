@@ -33,6 +33,23 @@ TEST(Transform, EveryPairOfFormatsIsOneCallOfTheConverter) {
     }
 }
 
+TEST(Transform, RowsOfIndicesThatEndInsideAByte) {
+    for (const std::uint32_t format : {FMT_P4_RGBA8888, FMT_P1_RGBA8888, FMT_P8_RGBA8888}) {
+        const auto* info = QXTextureConverter::FindFormat(format);
+        const TextureFile source = NoiseTexture(format, 5, 7);
+        const Bytes& level = source.levels.front();
+        const Bytes pixels = ConvertPicture(Base(source), FMT_RGBA8888, 5, 7);
+        for (std::size_t i = 0; i < 35; ++i) {
+            const std::size_t bit = i * info->bitsPerPixel;
+            const unsigned index =
+                level[TableBytes(format) + bit / 8] >> (bit % 8) & ((1u << info->bitsPerPixel) - 1);
+            EXPECT_TRUE(
+                std::equal(pixels.begin() + 4 * i, pixels.begin() + 4 * i + 4, level.begin() + 4 * index))
+                << info->name << " pixel " << i;
+        }
+    }
+}
+
 TEST(Transform, StepsAreThoseOfOneCall) {
     const std::uint32_t sources[] = {FMT_RGBA8888, FMT_RGB565, FMT_P4_RGB888, FMT_ETC1_RGB8, FMT_RGB16F};
     const std::uint32_t targets[] = {FMT_RGBA8888, FMT_ATITC_RGBA_EXPLICIT, FMT_P8_RGB565, FMT_RGBA32F};

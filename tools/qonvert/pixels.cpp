@@ -47,6 +47,29 @@ void CheckBytes(const char* which, std::uint64_t got, std::uint64_t expected) {
     }
 }
 
+// The converter writes the indices of a palette picture without gaps, but reads each row from a whole
+// byte. Where rows end inside a byte, this is the picture as it must be read; else empty.
+Bytes IndicesInWholeRows(const Picture& picture) {
+    const auto* info = QXTextureConverter::FindFormat(picture.format);
+    const std::uint64_t rowBits = std::uint64_t{picture.width} * info->bitsPerPixel;
+    if (!info->IsPalette() || rowBits % 8 == 0) {
+        return {};
+    }
+    const std::size_t table = TableBytes(picture.format);
+    const std::size_t rowBytes = static_cast<std::size_t>(rowBits + 7) / 8;
+    Bytes padded(picture.bytes.begin(), picture.bytes.begin() + table);
+    padded.resize(table + rowBytes * picture.height);
+    const unsigned mask = (1u << info->bitsPerPixel) - 1;
+    for (std::size_t y = 0; y < picture.height; ++y) {
+        for (std::size_t bit = 0; bit < rowBits; bit += info->bitsPerPixel) {
+            const std::size_t from = y * rowBits + bit;
+            const unsigned index = picture.bytes[table + from / 8] >> (from % 8) & mask;
+            padded[table + y * rowBytes + bit / 8] |= static_cast<std::uint8_t>(index << (bit % 8));
+        }
+    }
+    return padded;
+}
+
 TQonvertImage Describe(const Picture& picture, TFormatFlags& flags) {
     // The converter only reads a source, though its descriptor is the same as a destination's.
     return {picture.width,
@@ -75,7 +98,12 @@ void ConvertPictureInto(const Picture& source, std::uint32_t format, std::uint32
 
     TFormatFlags sourceFlags{};
     sourceFlags.nMode = kQuiet;
-    TQonvertImage from = Describe(source, sourceFlags);
+    const Bytes padded = IndicesInWholeRows(source);
+    Picture readable = source;
+    if (!padded.empty()) {
+        readable.bytes = padded;
+    }
+    TQonvertImage from = Describe(readable, sourceFlags);
     TFormatFlags flags{};
     flags.nMirrorX = steps.mirrorX;
     flags.nFlipY = steps.flipY;
