@@ -11,6 +11,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+// Arrays of one element are written as Json::array({element}): compilers disagree on {element} alone.
+
 // Short numbers keep the files readable.
 double Round(double value) {
     return std::round(value * 1000) / 1000;
@@ -93,7 +95,8 @@ std::string ToText(Json const& scene) {
 
 std::string TransferModesScene() {
     constexpr double kColor[4] = {1, 0.42, 0.16, 0.6};
-    Json children = {TexturedSprite("sheet", kModeSheetWidth, kModeSheetHeight, Vector(0, 0, 0))};
+    Json children =
+        Json::array({TexturedSprite("sheet", kModeSheetWidth, kModeSheetHeight, Vector(0, 0, 0))});
     for (int mode = 0; mode < 37; ++mode) {
         const Point center = ModeCellCenter(mode);
         Json disc = TexturedSprite("disc", 96, 96, Vector(center.x - 48, center.y - 56, 0));
@@ -115,7 +118,7 @@ std::string CameraScene() {
     constexpr int kPanes = 84;
     constexpr int kPerTurn = 20;
     constexpr int kFrames = 240;
-    Json textures = {Texture("room", "starry-room.png")};
+    Json textures = Json::array({Texture("room", "starry-room.png")});
     for (int i = 0; i < kPaneColors; ++i) {
         textures.push_back(Texture("pane" + std::to_string(i), "pane-" + std::to_string(i) + ".png"));
     }
@@ -138,8 +141,8 @@ std::string CameraScene() {
                            {"length", kFrames},
                            {"rate", 30},
                            {"camera", ScreenCamera(800, 500, 46, -14, Vector(0, -240, -740))},
-                           {"tracks", {Turn("spiral", 1, 360, kFrames)}},
-                           {"children", {Group("spiral", panes)}}};
+                           {"tracks", Json::array({Turn("spiral", 1, 360, kFrames)})},
+                           {"children", Json::array({Group("spiral", panes)})}};
     return ToText({{"version", 1},
                    {"size", {800, 500}},
                    {"camera2d", {800, 499}},
@@ -190,7 +193,7 @@ std::string CrowdScene() {
         {"class", "Timeline"}, {"name", "turning"},
         {"length", kFrames},   {"rate", 30},
         {"mode", "ping-pong"}, {"camera", ScreenCamera(1280, 720, 46, 0, Vector(0, 62, -860))},
-        {"tracks", tracks},    {"children", {galaxy}}};
+        {"tracks", tracks},    {"children", Json::array({galaxy})}};
     return ToText({{"version", 1},
                    {"size", {1280, 720}},
                    {"background", {0.016, 0.02, 0.05, 1}},

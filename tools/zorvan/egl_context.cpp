@@ -1,6 +1,8 @@
 #include "tools/zorvan/egl_context.h"
 
 #include <EGL/eglext.h>
+#include <dlfcn.h>
+#include <link.h>
 
 #include <array>
 #include <cstdlib>
@@ -53,6 +55,20 @@ EGLDisplay SurfacelessDisplay() {
     return getDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
 }
 
+#ifdef ZORVAN_KEEP_PLUGIN_MAPPED
+// EGL unloads its driver, whose own leaks could then no longer be told from ours by its name.
+void KeepDriverMapped() {
+    dl_iterate_phdr(
+        [](dl_phdr_info* library, size_t, void*) {
+            dlopen(library->dlpi_name, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+            return 0;
+        },
+        nullptr);
+}
+#else
+void KeepDriverMapped() {}
+#endif
+
 }  // namespace
 
 Result<std::unique_ptr<EglContext>> EglContext::Create(SurfaceFormat format, PixelSize const& size) {
@@ -75,6 +91,7 @@ EglContext::~EglContext() {
     if (display_ == EGL_NO_DISPLAY) {
         return;
     }
+    KeepDriverMapped();
     eglMakeCurrent(display_, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
     if (context_ != EGL_NO_CONTEXT) {
         eglDestroyContext(display_, context_);
