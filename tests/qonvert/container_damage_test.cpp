@@ -1,6 +1,8 @@
 // Damaged files are rejected with one numbered finding, before memory is taken for what they claim.
 #include <gtest/gtest.h>
+#include <zlib.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <functional>
@@ -13,7 +15,7 @@ std::atomic<std::size_t> largestRequest{0};
 }
 
 // Notes the largest piece of memory that was asked for.
-void* operator new(std::size_t size) {
+[[gnu::noinline]] void* operator new(std::size_t size) {
     std::size_t seen = largestRequest.load();
     while (size > seen && !largestRequest.compare_exchange_weak(seen, size)) {
     }
@@ -22,10 +24,10 @@ void* operator new(std::size_t size) {
     }
     throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 
@@ -164,6 +166,39 @@ TEST(DamagedFile, EachFieldIsChecked) {
         EXPECT_EQ(Rejection(damage.container, file), damage.number);
         EXPECT_LT(largestRequest.load(), 4096u) << "memory taken before the size was checked";
     }
+}
+
+// The sides of a PNG picture, with the check sum that makes them believable.
+Bytes PngThatClaims(std::uint32_t width, std::uint32_t height) {
+    Bytes file = Sample("png", FMT_RGB888);
+    const std::size_t header = 12;  // its type, then the sides
+    for (unsigned i = 0; i < 4; ++i) {
+        file[header + 4 + i] = static_cast<std::uint8_t>(width >> (24 - 8 * i));
+        file[header + 8 + i] = static_cast<std::uint8_t>(height >> (24 - 8 * i));
+    }
+    const auto sum = static_cast<std::uint32_t>(crc32(0, file.data() + header, 17));
+    for (unsigned i = 0; i < 4; ++i) {
+        file[header + 17 + i] = static_cast<std::uint8_t>(sum >> (24 - 8 * i));
+    }
+    return file;
+}
+
+TEST(DamagedFile, PackedPicturesCannotClaimMoreThanTheFileCanHold) {
+    EXPECT_EQ(Rejection("png", PngThatClaims(9, 5)), 0);
+    EXPECT_EQ(Rejection("png", PngThatClaims(60000, 4000)), 105);
+    EXPECT_EQ(Rejection("png", PngThatClaims(20000, 20000)), 104);
+    EXPECT_EQ(Rejection("png", PngThatClaims(0x7FFFFFFF, 1)), 109);
+    EXPECT_EQ(Rejection("png", PngThatClaims(9, 6)), 109);
+#ifdef QONVERT_JPEG
+    Bytes jpeg = JpegSample(17, 9, false);
+    const Bytes marker = {0xFF, 0xC0};
+    const auto frame = std::search(jpeg.begin(), jpeg.end(), marker.begin(), marker.end());
+    ASSERT_NE(frame, jpeg.end());
+    frame[5] = frame[7] = 0x3F;  // 16137 x 16145
+    EXPECT_EQ(Rejection("jpeg", jpeg), 105);
+    frame[5] = frame[7] = 0xFF;
+    EXPECT_NE(Rejection("jpeg", jpeg), 0);
+#endif
 }
 
 TEST(DamagedFile, OddButReadableFilesAreNoted) {

@@ -89,6 +89,12 @@ TEST_F(Program, HeaderlessFilesKeepTheirPixels) {
     EXPECT_EQ(Read("back.raw"), texture.levels.front());
 }
 
+TEST_F(Program, WrittenFilesHaveThePermissionsOfNewFiles) {
+    WritePicture("a.png", 4, 4);
+    ASSERT_TRUE(Shell("umask 027 && '" QONVERT_PROGRAM "' convert a.png b.ktx"));
+    EXPECT_EQ(std::filesystem::status(Path("b.ktx")).permissions(), std::filesystem::perms{0640});
+}
+
 TEST_F(Program, ListsAndDirectories) {
     WritePicture("a.png", 4, 4);
     WritePicture("b.png", 4, 4);

@@ -193,6 +193,8 @@ TEST(FormatNames, EveryNameAndAliasFindsItsFormat) {
     }
     EXPECT_EQ(ParseFormat("B8G8R8A8_UNORM"), FMT_BGRA8888);
     EXPECT_EQ(ParseFormat("bc5u"), FMT_3DC_XY);
+    EXPECT_EQ(ParseFormat("ATC "), FMT_ATITC_RGB);
+    EXPECT_EQ(ParseFormat("atc_rgb_amd"), FMT_ATITC_RGB);
     EXPECT_EQ(ParseFormat("0X8d64"), FMT_ETC1_RGB8);
 }
 

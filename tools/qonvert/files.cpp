@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 
@@ -64,11 +65,23 @@ void WriteAll(int descriptor, ByteSpan bytes, const std::string& path) {
     }
 }
 
+// A new file beside `target`, with the permissions of any new file. The name is told apart from those of
+// other processes and threads.
+int CreateBeside(const std::string& target, std::string& name) {
+    static std::atomic<unsigned> count{0};
+    int descriptor = -1;
+    do {
+        name = target + "." + std::to_string(getpid()) + "-" + std::to_string(count++) + ".tmp";
+        descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    } while (descriptor < 0 && errno == EEXIST);
+    return descriptor;
+}
+
 // Removes the temporary file unless it has become the real one.
 class Temporary {
   public:
-    explicit Temporary(const std::string& target) : target_(target), name_(target + ".XXXXXX") {
-        descriptor_ = mkstemp(name_.data());
+    explicit Temporary(const std::string& target) : target_(target) {
+        descriptor_ = CreateBeside(target, name_);
         if (descriptor_ < 0) {
             FailIo(target, std::strerror(errno));
         }
@@ -86,9 +99,6 @@ class Temporary {
 
     void Write(ByteSpan bytes) {
         WriteAll(descriptor_, bytes, target_);
-        const mode_t mask = umask(0);
-        umask(mask);
-        fchmod(descriptor_, 0666 & ~mask);
         const int closed = close(descriptor_);
         descriptor_ = -1;
         if (closed != 0) {

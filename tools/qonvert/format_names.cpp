@@ -66,7 +66,7 @@ std::string Nearest(const std::string& wanted) {
 }
 
 std::string WithoutPrefix(const std::string& name) {
-    for (const std::string_view prefix : {"FMT_", "DXGI_FORMAT_"}) {
+    for (const std::string_view prefix : {"FMT_", "DXGI_FORMAT_", "GL_"}) {
         if (name.starts_with(prefix)) {
             return name.substr(prefix.size());
         }
@@ -103,7 +103,8 @@ std::vector<std::string> FormatAliases(std::uint32_t format) {
 }
 
 std::uint32_t ParseFormat(std::string_view name) {
-    const std::string whole = Upper(name.substr(0, 64));
+    std::string whole = Upper(name.substr(0, 64));
+    whole.erase(whole.find_last_not_of(' ') + 1);  // FourCCs are padded
     const std::string wanted = WithoutPrefix(whole);
     for (const auto& row : QXTextureConverter::kFormats) {
         if (wanted == FormatName(row.code)) {
