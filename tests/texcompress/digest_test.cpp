@@ -21,6 +21,16 @@ constexpr std::array<const char*, kEncoderCases.size()> kDigests = {
     "044822803c984df9 df1059fbe51b5dfc",
 };
 
+// Over all natural and drawn pictures, of odd sizes; likewise.
+constexpr std::array<const char*, kEncoderCases.size()> kPictureDigests = {
+    "0df19c16207481a2 397285cdc355c9d4", "f0cea4510efd025d f4de8da39aa2e877",
+    "05b0359bfd30fe22 9a19e6c6f8157d53", "a53c44094d0b5621 21e1bb3911881942",
+    "3c2a1b0c155e02b3 7af7a345d208d4e2", "67adcf6273f4f522 65e52275f15ee8b8",
+    "ca1ef59925e0c0f1 4fcf4a10100b1193", "23765469b3cf9313 51eea666f33b3b22",
+    "6a38c81790b0e857 3aec4ea0bde09c4f", "c9b0819e34be3aac 5aedf67d2ca27af8",
+    "6f47703fe90a6a7d 19bfd06d4b586518",
+};
+
 std::string Hex(const std::vector<uint8_t>& data) {
     std::array<char, 17> text;
     std::snprintf(text.data(), text.size(), "%016" PRIx64, Digest(data.data(), data.size()));
@@ -36,6 +46,24 @@ TEST(Digest, CorpusHasThePromisedBytes) {
         const bool fast = encoder.entry == EncoderCase::Entry::kAtiTcFast;
         EXPECT_EQ(status, fast ? TXC_ERR_LOW_QUALITY : TXC_OK) << encoder.name;
         EXPECT_EQ(Hex(blocks) + ' ' + Hex(Decode(encoder, corpus, blocks)), kDigests[i]) << encoder.name;
+    }
+}
+
+TEST(Digest, PicturesHaveThePromisedBytes) {
+    std::vector<TestImage> pictures = NaturalImages(93);
+    const std::vector<TestImage> drawn = DrawnImages(101, 58);
+    pictures.insert(pictures.end(), drawn.begin(), drawn.end());
+    for (size_t i = 0; i < kEncoderCases.size(); ++i) {
+        std::vector<uint8_t> allBlocks;
+        std::vector<uint8_t> allPixels;
+        for (const TestImage& picture : pictures) {
+            uint32_t status;
+            const std::vector<uint8_t> blocks = Encode(kEncoderCases[i], picture, status);
+            const std::vector<uint8_t> pixels = Decode(kEncoderCases[i], picture, blocks);
+            allBlocks.insert(allBlocks.end(), blocks.begin(), blocks.end());
+            allPixels.insert(allPixels.end(), pixels.begin(), pixels.end());
+        }
+        EXPECT_EQ(Hex(allBlocks) + ' ' + Hex(allPixels), kPictureDigests[i]) << kEncoderCases[i].name;
     }
 }
 

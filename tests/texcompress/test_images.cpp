@@ -138,6 +138,38 @@ std::vector<TestImage> NaturalImages(uint32_t size) {
     return images;
 }
 
+std::vector<TestImage> DrawnImages(uint32_t width, uint32_t height) {
+    std::vector<TestImage> images;
+    images.push_back(MakeImage("text", width, height, [](uint32_t x, uint32_t y) {
+        const bool inGlyph = x % 8 < 6 && y % 12 < 9;
+        const bool stroke = inGlyph && Lattice(x / 2 + x / 8, y / 3, 11) > 120;
+        const int soft = (x % 2 + y % 3) * 20;
+        return stroke ? Pixel{20 + soft, 24 + soft, 30, 255 - soft} : Pixel{240, 236, 220, soft};
+    }));
+    images.push_back(MakeImage("lights", width, height, [](uint32_t x, uint32_t y) {
+        const int glow = Noise(x, y, 5, 12);
+        const int dark = Lattice(x, y, 13) / 12;
+        const auto hue = static_cast<size_t>(Lattice(x / 6, y / 6, 14)) % 3;
+        Pixel pixel{dark, dark, dark, glow};
+        if (glow > 150) {
+            pixel[hue] = 2 * glow - 100;
+            pixel[(hue + 1) % 3] = Lattice(x, y, 15) / 2;
+        }
+        return pixel;
+    }));
+    images.push_back(MakeImage("ramps", width, height, [width, height](uint32_t x, uint32_t y) {
+        const auto across = static_cast<int>(x * 256 / width);
+        const auto down = static_cast<int>(y * 256 / height);
+        return Pixel{across, down, 255 - (across + down) / 2, across * down / 64 % 512 - 128};
+    }));
+    images.push_back(MakeImage("flags", width, height, [](uint32_t x, uint32_t y) {
+        const auto color = static_cast<uint32_t>(Lattice((x + y / 3) / 11, y / 7, 16));
+        const auto level = [color](uint32_t shift) { return static_cast<int>(color >> shift & 3) * 85; };
+        return Pixel{level(0), level(2), level(4), level(6)};
+    }));
+    return images;
+}
+
 TestImage CorpusImage(uint32_t width, uint32_t height) {
     TestImage image{"corpus", width, height, std::vector<uint8_t>(size_t{4} * width * height)};
     Lcg random(1);

@@ -35,6 +35,10 @@ std::vector<TestImage> NaturalImages(uint32_t size);
 /// near black beside saturated colours, extremes), alpha likewise.
 TestImage CorpusImage(uint32_t width, uint32_t height);
 
+/// Drawn pictures: text-like strokes, fine dots of bright saturated colours on near black, smooth ramps
+/// in all channels including alpha, and flat areas with hard edges.
+std::vector<TestImage> DrawnImages(uint32_t width, uint32_t height);
+
 /// 64-bit FNV-1a hash.
 uint64_t Digest(const void* data, size_t size);
 
