@@ -83,12 +83,13 @@ uint32_t Encode(const EncodeRequest& request, PixelFetch fetch, EncodeColor enco
     const SourcePixels source(request.src, request.maskR, request.maskG, request.maskB, request.maskA, width,
                               height, request.pitch, alpha ? AlphaDepth::kFourBits : AlphaDepth::kNone,
                               fetch);
-    EncodeTiles(source, layout.blockBytes, request.dst, [&](const Tile* tiles, size_t count, uint8_t* run) {
-        if (alpha) {
-            kernels.encodeAlphaExplicit4(tiles, count, run, layout.blockBytes);
-        }
-        encodeColor(tiles, count, run + layout.colorOffset, layout.blockBytes);
-    });
+    EncodeTiles(kernels.gather, source, layout.blockBytes, request.dst,
+                [&](const Tile* tiles, size_t count, uint8_t* run) {
+                    if (alpha) {
+                        kernels.encodeAlphaExplicit4(tiles, count, run, layout.blockBytes);
+                    }
+                    encodeColor(tiles, count, run + layout.colorOffset, layout.blockBytes);
+                });
     return TXC_OK;
 }
 
@@ -143,12 +144,12 @@ uint32_t Decode(const _ATITC_HEADER& header, const void* src, uint32_t order, vo
     const BlockLayout layout = ColorLayout(alpha);
     const PixelTarget target{static_cast<uint8_t*>(dst), header.nWidth, header.nHeight, bytesPerPixel, order};
     const auto decodeTiles = [&](const uint8_t* run, size_t count, Tile* tiles) {
+        decodeColor(run + layout.colorOffset, count, layout.blockBytes, tiles);
         if (alpha) {
             kernels.decodeAlphaExplicit(run, count, layout.blockBytes, tiles);
         }
-        decodeColor(run + layout.colorOffset, count, layout.blockBytes, tiles);
     };
-    DecodeTiles(static_cast<const uint8_t*>(src), layout.blockBytes, target, decodeTiles);
+    DecodeTiles(kernels.scatter, static_cast<const uint8_t*>(src), layout.blockBytes, target, decodeTiles);
     return TXC_OK;
 }
 

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "texcompress/block_kernels.h"
+#include "texcompress/pixel_target.h"
 #include "texcompress/source_pixels.h"
 #include "texcompress/tile.h"
 
@@ -14,17 +16,6 @@ namespace zorvan::texcompress {
 
 /// Tiles that are handed to a kernel at once, at most.
 inline constexpr size_t kBatchTiles = 16;
-
-/// Decoded pixels in the caller's memory, packed.
-struct PixelTarget {
-    uint8_t* pixels;
-    uint32_t width, height;
-    uint32_t bytesPerPixel;  ///< 3, or 4 with alpha
-    uint32_t order;          ///< TXC_ORDER_RGB or TXC_ORDER_BGR
-};
-
-/// Writes the pixels of a tile that lie inside the target.
-void ScatterTile(const Tile& tile, const PixelTarget& target, uint32_t x, uint32_t y);
 
 /// Calls visit(column, row, count) for runs of up to kBatchTiles blocks that cover width x height
 /// pixels, in raster order; column and row are those of the first block, in blocks.
@@ -45,28 +36,25 @@ void ForEachBatch(uint32_t width, uint32_t height, Visit visit) {
 /// Gathers an image's tiles and calls encode(tiles, count, blocks) for each run of them. blocks
 /// receives blockBytes bytes per block.
 template <typename Encode>
-void EncodeTiles(const SourcePixels& source, size_t blockBytes, void* blocks, Encode encode) {
-    std::array<Tile, kBatchTiles> tiles{};
+void EncodeTiles(GatherKernel gather, const SourcePixels& source, size_t blockBytes, void* blocks,
+                 Encode encode) {
+    std::array<Tile, kBatchTiles> tiles;
     auto* out = static_cast<uint8_t*>(blocks);
     ForEachBatch(source.Width(), source.Height(), [&](uint32_t column, uint32_t row, size_t count) {
-        for (uint32_t i = 0; i < count; ++i) {
-            source.Gather((column + i) * kTileSize, row * kTileSize, tiles[i]);
-        }
+        gather(source, column * kTileSize, row * kTileSize, count, tiles.data());
         encode(tiles.data(), count, out);
         out += count * blockBytes;
     });
 }
 
-/// Calls decode(blocks, count, tiles) for each run of blocks and writes the tiles to the target. What
-/// decode leaves alone in a tile is 0.
+/// Calls decode(blocks, count, tiles) for each run of blocks and writes the tiles to the target.
 template <typename Decode>
-void DecodeTiles(const uint8_t* blocks, size_t blockBytes, const PixelTarget& target, Decode decode) {
-    std::array<Tile, kBatchTiles> tiles{};
+void DecodeTiles(ScatterKernel scatter, const uint8_t* blocks, size_t blockBytes, const PixelTarget& target,
+                 Decode decode) {
+    std::array<Tile, kBatchTiles> tiles;
     ForEachBatch(target.width, target.height, [&](uint32_t column, uint32_t row, size_t count) {
         decode(blocks, count, tiles.data());
-        for (uint32_t i = 0; i < count; ++i) {
-            ScatterTile(tiles[i], target, (column + i) * kTileSize, row * kTileSize);
-        }
+        scatter(tiles.data(), count, target, column * kTileSize, row * kTileSize);
         blocks += count * blockBytes;
     });
 }

@@ -25,7 +25,8 @@ SourcePixels::SourcePixels(const void* pixels, uint32_t maskR, uint32_t maskG, u
       a_(maskA),
       bytesPerPixel_((r_.Bits() + g_.Bits() + b_.Bits() + a_.Bits() + 7) / 8),
       bytesRead_(std::min(bytesPerPixel_, 4u)),
-      alphaDepth_(alphaDepth) {
+      alphaDepth_(alphaDepth),
+      plainBytes_(maskR == 0xFFu && maskG == 0xFF00u && maskB == 0xFF0000u && maskA == 0xFF000000u) {
     const bool fetched = fetch == PixelFetch::kAnySize || (bytesPerPixel_ >= 2 && bytesPerPixel_ <= 4);
     if (!fetched) {
         bytesRead_ = 0;
@@ -66,10 +67,30 @@ void SourcePixels::Gather(uint32_t x, uint32_t y, Tile& tile) const {
         const uint32_t column = x + std::min(k % kTileSize, width_ - 1 - x);
         const uint32_t row = y + std::min(k / kTileSize, height_ - 1 - y);
         const uint32_t word = PixelWord(column, row);
-        tile.rgb[k] = {r_.Widen(word), g_.Widen(word), b_.Widen(word)};
-        if (alphaDepth_ != AlphaDepth::kNone) {
-            tile.alpha[k] = Alpha(word);
+        const uint32_t alpha = alphaDepth_ == AlphaDepth::kNone ? 0 : Alpha(word);
+        tile.pixels[k] = r_.Widen(word) | static_cast<uint32_t>(g_.Widen(word)) << 8 |
+                         static_cast<uint32_t>(b_.Widen(word)) << 16 | alpha << 24;
+    }
+}
+
+void SourcePixels::GatherRow(uint32_t x, uint32_t y, size_t count, Tile* tiles) const {
+    const bool wholeRows = plainBytes_ && height_ - y >= kTileSize;
+    const size_t wholeTiles = wholeRows ? std::min<size_t>(count, (width_ - x) / kTileSize) : 0;
+    const uint8_t* corner = pixels_ + static_cast<size_t>(y) * pitch_ + static_cast<size_t>(x) * 4;
+    for (size_t i = 0; i < wholeTiles; ++i) {
+        for (uint32_t k = 0; k < kTilePixels; ++k) {
+            const size_t row = k / kTileSize;
+            const size_t column = i * kTileSize + k % kTileSize;
+            tiles[i].pixels[k] = LoadWord(corner + row * pitch_ + column * 4);
         }
+        if (alphaDepth_ == AlphaDepth::kFourBits) {
+            for (uint32_t& word : tiles[i].pixels) {
+                word = (word & 0xFFFFFF) | (word >> 4 & 0xF000000);
+            }
+        }
+    }
+    for (size_t i = wholeTiles; i < count; ++i) {
+        Gather(x + static_cast<uint32_t>(i) * kTileSize, y, tiles[i]);
     }
 }
 

@@ -64,6 +64,10 @@ class SourcePixels {
     /// right or bottom edge repeat the last column or row.
     void Gather(uint32_t x, uint32_t y, Tile& tile) const;
 
+    /// Fills count tiles side by side from (x, y) on, by whole rows where the pixels' bytes are R, G, B
+    /// and A. Then alphas are gathered whether they are asked for or not.
+    void GatherRow(uint32_t x, uint32_t y, size_t count, Tile* tiles) const;
+
   private:
     uint32_t PixelWord(uint32_t x, uint32_t y) const;
     uint8_t Alpha(uint32_t word) const;
@@ -73,6 +77,7 @@ class SourcePixels {
     ChannelMask r_, g_, b_, a_;
     uint32_t bytesPerPixel_, bytesRead_;
     AlphaDepth alphaDepth_;
+    bool plainBytes_;  ///< pixels are bytes R, G, B, A
 };
 
 }  // namespace zorvan::texcompress

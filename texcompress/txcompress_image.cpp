@@ -63,12 +63,13 @@ uint32_t Decode(uint32_t format, uint32_t width, uint32_t height, uint32_t flags
     const size_t blockBytes = codec->layout.blockBytes;
     const auto* blocks =
         static_cast<const uint8_t*>(src) + ChainBytes<size_t>(width, height, level, blockBytes);
-    DecodeTiles(blocks, blockBytes, target, [&](const uint8_t* run, size_t count, Tile* tiles) {
-        if (codec->alphaBlocks) {
-            codec->decodeAlpha(run, count, blockBytes, tiles);
-        }
-        codec->decodeColor(run + codec->layout.colorOffset, count, blockBytes, tiles);
-    });
+    DecodeTiles(SelectBlockKernels().scatter, blocks, blockBytes, target,
+                [&](const uint8_t* run, size_t count, Tile* tiles) {
+                    codec->decodeColor(run + codec->layout.colorOffset, count, blockBytes, tiles);
+                    if (codec->alphaBlocks) {
+                        codec->decodeAlpha(run, count, blockBytes, tiles);
+                    }
+                });
     return TXC_OK;
 }
 
@@ -99,12 +100,13 @@ uint32_t TxCompressEncode(const void* src, uint32_t maskR, uint32_t maskG, uint3
     const SourcePixels source(src, maskR, maskG, maskB, maskA, width, height, pitch,
                               codec->alphaBlocks ? AlphaDepth::kEightBits : AlphaDepth::kNone,
                               PixelFetch::kAnySize);
-    EncodeTiles(source, blockBytes, dst, [&](const Tile* tiles, size_t count, uint8_t* run) {
-        if (codec->alphaBlocks) {
-            codec->encodeAlpha(tiles, count, run, blockBytes);
-        }
-        codec->encodeColor(tiles, count, run + codec->layout.colorOffset, blockBytes);
-    });
+    EncodeTiles(SelectBlockKernels().gather, source, blockBytes, dst,
+                [&](const Tile* tiles, size_t count, uint8_t* run) {
+                    if (codec->alphaBlocks) {
+                        codec->encodeAlpha(tiles, count, run, blockBytes);
+                    }
+                    codec->encodeColor(tiles, count, run + codec->layout.colorOffset, blockBytes);
+                });
     return TXC_OK;
 }
 

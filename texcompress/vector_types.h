@@ -6,6 +6,12 @@
 #include <cstdint>
 #include <cstring>
 
+#ifdef __AVX2__
+#include <immintrin.h>
+#endif
+
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "whole vectors of pixels are stored as bytes");
+
 namespace zorvan::texcompress {
 namespace {
 
@@ -19,6 +25,7 @@ constexpr int kLanes = kVectorBytes / 4;       ///< of 32 bits
 constexpr int kShortLanes = kVectorBytes / 2;  ///< of 16 bits
 
 using I32 = int32_t __attribute__((vector_size(kVectorBytes)));
+using U32 = uint32_t __attribute__((vector_size(kVectorBytes)));
 using F32 = float __attribute__((vector_size(kVectorBytes)));
 using I16 = int16_t __attribute__((vector_size(kVectorBytes)));
 
@@ -65,6 +72,49 @@ template <typename Vector>
 template <typename Vector>
 [[gnu::always_inline]] inline Vector Max(const Vector& a, const Vector& b) {
     return a > b ? a : b;
+}
+
+/// Pairs of 16-bit lanes become 32-bit lanes, those of low in the lower halves.
+[[gnu::always_inline]] inline void Interleave(const I16& low, const I16& high, uint32_t* pairs) {
+#ifdef __AVX2__
+    const I16 first =
+        __builtin_shufflevector(low, high, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    const I16 second =
+        __builtin_shufflevector(low, high, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+#else
+    const I16 first = __builtin_shufflevector(low, high, 0, 8, 1, 9, 2, 10, 3, 11);
+    const I16 second = __builtin_shufflevector(low, high, 4, 12, 5, 13, 6, 14, 7, 15);
+#endif
+    StoreVector(pairs, first);
+    StoreVector(pairs + kLanes, second);
+}
+
+/// Stores the entries that eight 3-bit indices choose; the first index is in the lowest bits.
+[[gnu::always_inline]] inline void LookUpEight(const uint32_t (&entries)[8], uint32_t indices,
+                                               uint32_t* found) {
+#ifdef __AVX2__
+    // The permutation looks at the lowest three bits only.
+    const U32 shifted = (U32{} + indices) >> U32{0, 3, 6, 9, 12, 15, 18, 21};
+    const auto order = LoadVector<__m256i>(&shifted);
+    StoreVector(found, _mm256_permutevar8x32_epi32(LoadVector<__m256i>(entries), order));
+#else
+    for (int i = 0; i < 8; ++i) {
+        found[i] = entries[indices >> (3 * i) & 7];
+    }
+#endif
+}
+
+/// Four rows of four become four columns.
+using Quad = int32_t __attribute__((vector_size(16)));
+[[gnu::always_inline]] inline void Transpose(Quad (&rows)[4]) {
+    const Quad low01 = __builtin_shufflevector(rows[0], rows[1], 0, 4, 1, 5);
+    const Quad low23 = __builtin_shufflevector(rows[2], rows[3], 0, 4, 1, 5);
+    const Quad high01 = __builtin_shufflevector(rows[0], rows[1], 2, 6, 3, 7);
+    const Quad high23 = __builtin_shufflevector(rows[2], rows[3], 2, 6, 3, 7);
+    rows[0] = __builtin_shufflevector(low01, low23, 0, 1, 4, 5);
+    rows[1] = __builtin_shufflevector(low01, low23, 2, 3, 6, 7);
+    rows[2] = __builtin_shufflevector(high01, high23, 0, 1, 4, 5);
+    rows[3] = __builtin_shufflevector(high01, high23, 2, 3, 6, 7);
 }
 
 [[gnu::always_inline]] inline bool AnyLane(const I32& mask) {

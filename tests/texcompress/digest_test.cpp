@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "codec_calls.h"
+#include "texcompress/block_kernels.h"
 #include "texcompress/etc1_quantize.h"
 
 namespace zorvan::texcompress {
@@ -37,7 +38,14 @@ std::string Hex(const std::vector<uint8_t>& data) {
     return text.data();
 }
 
-TEST(Digest, CorpusHasThePromisedBytes) {
+/// Runs each test with one set of kernels.
+class Digests : public testing::TestWithParam<size_t> {
+  protected:
+    Digests() { UseBlockKernels(*KernelSetAt(GetParam()).kernels); }
+    ~Digests() override { UseBlockKernels(*KernelSetAt(KernelSetCount() - 1).kernels); }
+};
+
+TEST_P(Digests, CorpusHasThePromisedBytes) {
     const TestImage corpus = CorpusImage(259, 130);
     for (size_t i = 0; i < kEncoderCases.size(); ++i) {
         const EncoderCase& encoder = kEncoderCases[i];
@@ -49,7 +57,7 @@ TEST(Digest, CorpusHasThePromisedBytes) {
     }
 }
 
-TEST(Digest, PicturesHaveThePromisedBytes) {
+TEST_P(Digests, PicturesHaveThePromisedBytes) {
     std::vector<TestImage> pictures = NaturalImages(93);
     const std::vector<TestImage> drawn = DrawnImages(101, 58);
     pictures.insert(pictures.end(), drawn.begin(), drawn.end());
@@ -66,6 +74,9 @@ TEST(Digest, PicturesHaveThePromisedBytes) {
         EXPECT_EQ(Hex(allBlocks) + ' ' + Hex(allPixels), kPictureDigests[i]) << kEncoderCases[i].name;
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(Sets, Digests, testing::Range(size_t{0}, KernelSetCount()),
+                         [](const auto& set) { return std::string(KernelSetAt(set.param).name); });
 
 TEST(Digest, Etc1BaseColorsAreThePromisedOnes) {
     Lcg random(5);

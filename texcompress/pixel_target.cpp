@@ -1,4 +1,7 @@
-#include "texcompress/image_drivers.h"
+#include "texcompress/pixel_target.h"
+
+#include <algorithm>
+#include <cstddef>
 
 #include "texcompress/texcompress.h"
 
@@ -12,12 +15,12 @@ void ScatterTile(const Tile& tile, const PixelTarget& target, uint32_t x, uint32
     for (uint32_t row = 0; row < rows; ++row) {
         uint8_t* pixel = target.pixels + (y + row) * pitch + static_cast<size_t>(x) * target.bytesPerPixel;
         for (uint32_t column = 0; column < columns; ++column) {
-            const size_t k = row * kTileSize + column;
-            pixel[redByte] = tile.rgb[k].r;
-            pixel[1] = tile.rgb[k].g;
-            pixel[2 - redByte] = tile.rgb[k].b;
+            const uint32_t word = tile.pixels[row * kTileSize + column];
+            pixel[redByte] = static_cast<uint8_t>(word);
+            pixel[1] = static_cast<uint8_t>(word >> 8);
+            pixel[2 - redByte] = static_cast<uint8_t>(word >> 16);
             if (target.bytesPerPixel == 4) {
-                pixel[3] = tile.alpha[k];
+                pixel[3] = static_cast<uint8_t>(word >> 24);
             }
             pixel += target.bytesPerPixel;
         }

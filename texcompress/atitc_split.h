@@ -1,0 +1,25 @@
+// ATC colour encoding: the palette that starts with black, for kernels that know a split by the counts
+// and colour sums of its regions.
+#ifndef ZORVAN_TEXCOMPRESS_ATITC_SPLIT_H
+#define ZORVAN_TEXCOMPRESS_ATITC_SPLIT_H
+
+#include <cstdint>
+
+namespace zorvan::texcompress {
+
+struct SplitSums {
+    int32_t counts[4];
+    int32_t sums[4][3];  ///< of red, green and blue
+};
+
+/// The answer of ApplyBlackTrickIfHelpful. If it is yes, medHigh receives the average of the region that
+/// becomes region 2: region 2, or region 1 if that is empty.
+bool BlackHelps(const SplitSums& split, int32_t (&medHigh)[3]);
+
+/// CalcBlockMSE of a split where black helps, in TXC_FORMAT_ATC and less the pixels' squares. Where
+/// black does not help, error stays as it is.
+void ReplaceByBlackError(const SplitSums& split, float& error);
+
+}  // namespace zorvan::texcompress
+
+#endif  // ZORVAN_TEXCOMPRESS_ATITC_SPLIT_H

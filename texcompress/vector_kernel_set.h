@@ -1,0 +1,54 @@
+// The set of kernels on vectors. See vector_types.h for how it is compiled.
+#ifndef ZORVAN_TEXCOMPRESS_VECTOR_KERNEL_SET_H
+#define ZORVAN_TEXCOMPRESS_VECTOR_KERNEL_SET_H
+
+#include "texcompress/alpha_decode_vector.h"
+#include "texcompress/atitc_decode_vector.h"
+#include "texcompress/atitc_encode_vector.h"
+#include "texcompress/block_kernels.h"
+#include "texcompress/etc1_decode_vector.h"
+#include "texcompress/scatter_vector.h"
+#include "texcompress/source_pixels.h"
+
+namespace zorvan::texcompress {
+namespace {
+
+inline void GatherRows(const SourcePixels& source, uint32_t x, uint32_t y, size_t count, Tile* tiles) {
+    source.GatherRow(x, y, count, tiles);
+}
+
+/// A kernel of the plain set. The set is looked at when the kernel is called, not before: constants of
+/// other files may not be ready.
+template <auto Kernel>
+struct Plain;
+template <typename... Arguments, void (*BlockKernels::*Kernel)(Arguments...)>
+struct Plain<Kernel> {
+    static void Call(Arguments... arguments) { (kScalarKernels.*Kernel)(arguments...); }
+};
+
+constexpr BlockKernels kVectorKernels = {
+    .gather = GatherRows,
+    .scatter = ScatterRows,
+    .encodeAtc = EncodeAtcOnVectors,
+    .encodeAtcLegacy = Plain<&BlockKernels::encodeAtcLegacy>::Call,
+    .encodeAtcFast = EncodeAtcFastOnVectors,
+    .encodeAtcLegacyFast = Plain<&BlockKernels::encodeAtcLegacyFast>::Call,
+    .encodeEtc1 = Plain<&BlockKernels::encodeEtc1>::Call,
+    .encodeAti1n = Plain<&BlockKernels::encodeAti1n>::Call,
+    .encodeAti2n = Plain<&BlockKernels::encodeAti2n>::Call,
+    .decodeAtc = DecodeAtcOnVectors,
+    .decodeAtcLegacy = Plain<&BlockKernels::decodeAtcLegacy>::Call,
+    .decodeEtc1 = DecodeEtc1OnVectors,
+    .decodeAti1n = DecodeAti1nOnVectors,
+    .decodeAti2n = DecodeAti2nOnVectors,
+    .encodeAlphaExplicit8 = Plain<&BlockKernels::encodeAlphaExplicit8>::Call,
+    .encodeAlphaExplicit4 = Plain<&BlockKernels::encodeAlphaExplicit4>::Call,
+    .encodeAlphaInterpolated = Plain<&BlockKernels::encodeAlphaInterpolated>::Call,
+    .decodeAlphaExplicit = DecodeAlphaExplicitOnVectors,
+    .decodeAlphaInterpolated = DecodeAlphaInterpolatedOnVectors,
+};
+
+}  // namespace
+}  // namespace zorvan::texcompress
+
+#endif  // ZORVAN_TEXCOMPRESS_VECTOR_KERNEL_SET_H

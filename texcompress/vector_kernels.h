@@ -1,0 +1,16 @@
+// The sets of kernels on vectors: the same source, compiled once per instruction set.
+#ifndef ZORVAN_TEXCOMPRESS_VECTOR_KERNELS_H
+#define ZORVAN_TEXCOMPRESS_VECTOR_KERNELS_H
+
+#include "texcompress/block_kernels.h"
+
+namespace zorvan::texcompress {
+
+/// For every processor of the target.
+extern const BlockKernels kBaselineKernels;
+/// For x86 processors with AVX2; only where the build has ZORVAN_AVX2_KERNELS.
+extern const BlockKernels kAvx2Kernels;
+
+}  // namespace zorvan::texcompress
+
+#endif  // ZORVAN_TEXCOMPRESS_VECTOR_KERNELS_H
