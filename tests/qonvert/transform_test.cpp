@@ -162,6 +162,8 @@ TEST(Difference, FollowsTheFormula) {
     EXPECT_FALSE(difference.alpha);
     EXPECT_EQ(difference.picture, (Bytes{5, 0, 3, 0, 0, 0}));
     EXPECT_FALSE(difference.equal());
+    EXPECT_EQ(ToText(difference),
+              "PSNR R 37.16, G inf, B 41.60, together 40.60 dB; largest error R 5, G 0, B 3, together 5");
 }
 
 TEST(Difference, SeesAlphaWideLuminanceAndNotANumber) {

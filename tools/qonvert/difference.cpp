@@ -112,6 +112,12 @@ nlohmann::ordered_json ToJson(const ChannelDifference& channel, double peak) {
     return json;
 }
 
+std::string ErrorText(double error) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.6g", error);
+    return text;
+}
+
 std::string PsnrText(double psnr) {
     if (std::isinf(psnr)) {
         return psnr > 0 ? "inf" : "-inf";
@@ -159,18 +165,17 @@ nlohmann::ordered_json ToJson(const Difference& difference) {
 }
 
 std::string ToText(const Difference& difference) {
+    const std::size_t channels = difference.alpha ? 4 : 3;
     std::string text = "PSNR";
-    for (std::size_t c = 0; c < (difference.alpha ? 4u : 3u); ++c) {
+    for (std::size_t c = 0; c < channels; ++c) {
         text += std::string(c == 0 ? " " : ", ") + kChannelNames[c] + " " +
                 PsnrText(difference.channels[c].psnr(difference.peak));
     }
-    text += ", together " + PsnrText(difference.together.psnr(difference.peak)) + " dB; largest error ";
-    for (std::size_t c = 0; c < (difference.alpha ? 4u : 3u); ++c) {
-        char number[32];
-        std::snprintf(number, sizeof number, "%s%s %.6g", c == 0 ? "" : ", ", kChannelNames[c],
-                      difference.channels[c].largest);
-        text += number;
+    text += ", together " + PsnrText(difference.together.psnr(difference.peak)) + " dB; largest error";
+    for (std::size_t c = 0; c < channels; ++c) {
+        text += std::string(" ") + kChannelNames[c] + " " + ErrorText(difference.channels[c].largest) + ",";
     }
+    text += " together " + ErrorText(difference.together.largest);
     return text;
 }
 
