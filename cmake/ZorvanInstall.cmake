@@ -1,5 +1,5 @@
 # cmake --install: the texture library with its C headers, a CMake package and a pkg-config file; the
-# engine's libraries; qonvert.
+# engine's libraries; the programs.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -29,6 +29,10 @@ install(FILES ${PROJECT_BINARY_DIR}/zorvan.pc
 # The plug-in finds the core beside itself.
 set_target_properties(zorvanGraphics_alpha PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(TARGETS zorvan_alpha zorvanGraphics_alpha LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT engine)
-if(TARGET qonvert)
-  install(TARGETS qonvert RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-endif()
+# zorvan finds the core by this path and the plug-in beside the core.
+foreach(tool IN ITEMS qonvert zorvan)
+  if(TARGET ${tool})
+    set_target_properties(${tool} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+    install(TARGETS ${tool} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  endif()
+endforeach()
