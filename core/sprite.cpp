@@ -67,6 +67,7 @@ bool Sprite::IsSelect(GraphicsDevice& device) {
                                             {right, zero, zero, kOne<RealFixed>},
                                             {right, bottom, zero, kOne<RealFixed>},
                                             {zero, bottom, zero, kOne<RealFixed>}};
+    device.SetCameraDepth(depth.Get());  // the camera that draws this sprite
     Point projected[4];
     for (int i = 0; i < 4; ++i) {
         projected[i] = device.ProjectCoordinate(GetWorldMatrix(), corners[i]);

@@ -4,10 +4,10 @@
 set -euo pipefail
 
 build=(g++ cmake ninja-build pkg-config nlohmann-json3-dev libcli11-dev libpng-dev libjpeg62-turbo-dev
-  libfreetype-dev libgles-dev libegl-dev libgl1-mesa-dri libegl1 libgles2 fonts-dejavu-core
+  libfreetype-dev libgles-dev libegl-dev libgl1-mesa-dri libegl1 libgles2 libsdl2-dev fonts-dejavu-core
   fonts-liberation2)
 test=(clang llvm clang-format libclang-rt-14-dev libgtest-dev googletest libbenchmark-dev python3
-  g++-arm-linux-gnueabihf qemu-user ffmpeg astcenc)
+  g++-arm-linux-gnueabihf qemu-user ffmpeg astcenc xvfb xdotool)
 
 packages=("${build[@]}")
 if [ "${1:-build}" = test ]; then

@@ -14,7 +14,7 @@ TEST_F(Info, HelpNamesVerbsAndExamples) {
     const ToolRun all = RunTool({"--help"});
     EXPECT_EQ(all.code, 0);
     EXPECT_EQ(all.err, "");
-    for (std::string verb : {"render", "info", "bench"}) {
+    for (std::string verb : {"render", "view", "info", "bench"}) {
         EXPECT_NE(all.out.find(verb), std::string::npos);
         const ToolRun one = RunTool({verb, "--help"});
         EXPECT_EQ(one.code, 0);

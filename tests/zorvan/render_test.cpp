@@ -214,7 +214,45 @@ TEST_F(Render, UnknownTextureFormatIsToldAbout) {
     const ToolRun info = RunTool({"render", scene, Path("a.png"), "--gl-info"});
     EXPECT_EQ(info.code, 0);
     if (info.out.find("llvmpipe") != std::string::npos) {
-        EXPECT_NE(info.err.find("warning: texture 'leaf' is atc-rgb"), std::string::npos) << info.err;
+        EXPECT_NE(
+            info.err.find("cannot show ATITC textures: 'leaf' (atc-rgb) will draw black; --decode-atitc"),
+            std::string::npos)
+            << info.err;
+    }
+}
+
+TEST_F(Render, AtitcCanBeDecodedByTheHost) {
+    // Opaque orange without alpha on the left, half transparent red on the right.
+    std::string orange, red;
+    for (int i = 0; i < 16; ++i) {
+        orange += "/4AA";  // a multiple of three bytes: no padding between the pixels
+    }
+    for (int i = 0; i < 5; ++i) {
+        red += "/wAAgP8AAID/AACA";
+    }
+    red += "/wAAgA==";
+    const std::string scene =
+        File("scene.json", R"({"version": 1, "size": [16, 16], "camera2d": [17, 17], "textures": [
+        {"name": "a", "format": "rgb888", "width": 4, "height": 4, "compress": true, "levels": [{"data": ")" +
+                               orange + R"("}]},
+        {"name": "b", "format": "rgba8888", "width": 4, "height": 4, "compress": true, "levels": [{"data": ")" +
+                               red + R"("}]}], "root": {"children": [
+        {"class": "Sprite", "width": 8, "height": 16, "texture": "a"},
+        {"class": "Sprite", "width": 8, "height": 16, "texture": "b", "position": [8, 0, 0]}]}})");
+    const ToolRun run = RunTool({"render", scene, Path("a.png"), "--decode-atitc"});
+    ASSERT_EQ(run.code, 0) << run.err;
+    EXPECT_EQ(run.err, "");
+    Image image;
+    ASSERT_EQ(ReadImage(Path("a.png"), image), "");
+    const struct {
+        uint32_t x;
+        int red, green, blue;
+    } pixels[] = {{4, 255, 128, 0}, {12, 136, 0, 0}};  // alpha has 16 levels: 8 / 15
+    for (auto const& pixel : pixels) {
+        uint8_t const* p = &image.rgba[4 * (size_t{8} * image.width + pixel.x)];
+        EXPECT_NEAR(p[0], pixel.red, 4);
+        EXPECT_NEAR(p[1], pixel.green, 4);
+        EXPECT_NEAR(p[2], pixel.blue, 4);
     }
 }
 

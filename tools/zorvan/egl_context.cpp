@@ -32,16 +32,6 @@ Failure EglFailure(char const* call) {
     return {ExitCode::Runtime, text};
 }
 
-// Mesa's software rasterizer draws some solid fills in wrong colours with its 8-bit linear path, and
-// leaves variables that a shader never writes undefined. The settings are read when EGL starts; a
-// user's own ones stay, and other drivers ignore them.
-void PrepareSoftwareRendering() {
-    setenv("LP_PERF", "no_rast_linear", 0);
-    setenv("glsl_zero_init", "true", 0);
-    // Mesa would announce the second setting on standard error.
-    setenv("MESA_DEBUG", "silent", 0);
-}
-
 EGLDisplay SurfacelessDisplay() {
     char const* extensions = eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS);
     if (extensions == nullptr || std::strstr(extensions, "EGL_MESA_platform_surfaceless") == nullptr) {
@@ -71,7 +61,14 @@ void KeepDriverMapped() {}
 
 }  // namespace
 
-Result<std::unique_ptr<EglContext>> EglContext::Create(SurfaceFormat format, PixelSize const& size) {
+void PrepareSoftwareRendering() {
+    setenv("LP_PERF", "no_rast_linear", 0);
+    setenv("glsl_zero_init", "true", 0);
+    // Mesa would announce the second setting on standard error.
+    setenv("MESA_DEBUG", "silent", 0);
+}
+
+Result<std::unique_ptr<GlContext>> EglContext::Create(SurfaceFormat format, PixelSize const& size) {
     PrepareSoftwareRendering();
     std::unique_ptr<EglContext> context(new EglContext);
     Status failure = context->Open();
@@ -84,7 +81,7 @@ Result<std::unique_ptr<EglContext>> EglContext::Create(SurfaceFormat format, Pix
     if (failure) {
         return *failure;
     }
-    return context;
+    return std::unique_ptr<GlContext>(std::move(context));
 }
 
 EglContext::~EglContext() {

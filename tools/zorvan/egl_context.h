@@ -6,24 +6,22 @@
 #include <memory>
 #include <string>
 
-#include "tools/zorvan/result.h"
-#include "tools/zorvan/values.h"
+#include "tools/zorvan/gl_context.h"
 
 namespace zorvan::tool {
 
-// Current on the thread that made it, from Create to its destruction.
-class EglContext {
+class EglContext final : public GlContext {
   public:
     // A pbuffer of the format's colour bits, on EGL's surfaceless platform or, where there is none, on the
     // default display. Failures: Unsupported when no such surface can be had here, Runtime when EGL fails.
-    static Result<std::unique_ptr<EglContext>> Create(SurfaceFormat format, PixelSize const& size);
+    static Result<std::unique_ptr<GlContext>> Create(SurfaceFormat format, PixelSize const& size);
 
     EglContext(EglContext const&) = delete;
     EglContext& operator=(EglContext const&) = delete;
-    ~EglContext();
+    ~EglContext() override;
 
     // One line on EGL's maker and version.
-    std::string Describe() const;
+    std::string Describe() const override;
 
   private:
     EglContext() = default;

@@ -5,6 +5,7 @@
 #include "core/text.h"
 #include "core/timeline.h"
 #include "tools/zorvan/census.h"
+#include "tools/zorvan/describe_node.h"
 #include "tools/zorvan/report.h"
 #include "tools/zorvan/stage.h"
 #include "tools/zorvan/verb.h"
@@ -26,15 +27,6 @@ struct InfoOptions {
     uint32_t children = 12;
     bool json = false;
 };
-
-// As scene files name it: the plug-in's classes are called like the core's, with GL behind.
-std::string ClassName(Node& node) {
-    std::string name = node.GetClassName();
-    if (name.size() > 2 && name.ends_with("GL")) {
-        name.resize(name.size() - 2);
-    }
-    return name;
-}
 
 std::string SizeText(int32_t width, int32_t height) {
     return ToText({width, height});

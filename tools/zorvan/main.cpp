@@ -1,4 +1,4 @@
-// zorvan: renders, describes and measures scene files.
+// zorvan: renders, shows, describes and measures scene files.
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdio>
@@ -18,15 +18,15 @@ int Report(ExitCode code, std::string const& message) {
 }
 
 int Run(int argc, char** argv) {
-    CLI::App program("Renders, describes and measures scene files of the zorvan engine.", "zorvan");
+    CLI::App program("Renders, shows, describes and measures scene files of the zorvan engine.", "zorvan");
     program.set_version_flag("--version", "zorvan " ZORVAN_VERSION);
     program.require_subcommand(1);
     program.footer(
         "Exit codes: 0 done, 1 wrong options, 2 file not readable or writable, 3 bad file,\n"
         "            4 EGL, GL or plug-in failed, 5 not supported on this machine.\n"
         "zorvan VERB --help explains each verb, with examples.");
-    const Verb verbs[] = {zorvan::tool::AddRenderVerb(program), zorvan::tool::AddInfoVerb(program),
-                          zorvan::tool::AddBenchVerb(program)};
+    const Verb verbs[] = {zorvan::tool::AddRenderVerb(program), zorvan::tool::AddViewVerb(program),
+                          zorvan::tool::AddInfoVerb(program), zorvan::tool::AddBenchVerb(program)};
     try {
         program.parse(argc, argv);
     } catch (CLI::ParseError const& error) {

@@ -65,6 +65,10 @@ Plugin::~Plugin() {
     dlclose(library_);
 }
 
+void* Plugin::FindSymbol(char const* name) const {
+    return dlsym(library_, name);
+}
+
 Status Plugin::LookUp() {
     char const* missing = !Find(library_, "Initialize", initialize_)       ? "Initialize"
                           : !Find(library_, "CreateDevice", createDevice_) ? "CreateDevice"

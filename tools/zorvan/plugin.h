@@ -29,11 +29,18 @@ class Plugin {
     // A new device that the caller deletes, or null.
     GraphicsDevice* CreateDevice() const { return static_cast<GraphicsDevice*>(createDevice_()); }
 
+    // A function of the library by its unmangled name, or null.
+    template <typename Function>
+    Function* FindFunction(char const* name) const {
+        return reinterpret_cast<Function*>(FindSymbol(name));
+    }
+
     std::string const& GetPath() const { return path_; }
 
   private:
     Plugin(void* library, std::string path) : library_(library), path_(std::move(path)) {}
     Status LookUp();
+    void* FindSymbol(char const* name) const;
 
     void* library_;
     std::string path_;

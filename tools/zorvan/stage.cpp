@@ -7,7 +7,10 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/camera.h"
 #include "core/shader.h"
+#include "tools/zorvan/atitc.h"
+#include "tools/zorvan/egl_context.h"
 
 namespace zorvan::tool {
 namespace {
@@ -29,21 +32,6 @@ DeviceFormat::Enum ToDeviceFormat(SurfaceFormat format) {
 std::string GlText(GLenum name) {
     auto const* text = reinterpret_cast<char const*>(glGetString(name));
     return text == nullptr ? "unknown" : text;
-}
-
-// Block-compressed textures of a GL without their formats draw black; say so instead of wondering.
-void WarnOfUnknownFormats(Scene const& scene) {
-    if (GlText(GL_EXTENSIONS).find("GL_AMD_compressed_ATC_texture") != std::string::npos) {
-        return;
-    }
-    for (RefT<Texture> const& texture : scene.textures) {
-        const uint32_t format = texture->format.Get();
-        if (format == TextureFormat::AtcRgb || format == TextureFormat::AtcRgbaExplicitAlpha) {
-            std::fprintf(stderr,
-                         "zorvan: warning: texture '%s' is %s, which this GL does not know: it draws black\n",
-                         texture->name.c_str(), TextureFormatName(format));
-        }
-    }
 }
 
 // Averages squares of factor x factor pixels.
@@ -70,14 +58,20 @@ Image Shrink(Image image, uint32_t factor) {
 }  // namespace
 
 void StageOptions::AddTo(CLI::App& app) {
-    AddValue(app, "--size", size, "WIDTHxHEIGHT of the surface in pixels; default: the scene's own");
     AddValue(app, "--surface", surface, "565, 888 or 8888: colour bits of the surface; default 888");
     app.add_option("--supersample", supersample,
                    "Draw N times the pixels in each direction and average them, 1 to 8; default 1")
         ->check(CLI::Range(1, 8));
+    AddToViewer(app);
+}
+
+void StageOptions::AddToViewer(CLI::App& app) {
+    AddValue(app, "--size", size, "WIDTHxHEIGHT of the surface in pixels; default: the scene's own");
     AddValue(app, "--background", background, "#rrggbb or #rrggbbaa; default: the scene's own, or black");
     AddValue(app, "--camera2d", camera2D,
              "WIDTHxHEIGHT of the screen-space camera, or none; default: the scene's own, or none");
+    app.add_flag("--decode-atitc", decodeAtitc,
+                 "Unpack ATITC textures before GL gets them, for drivers that do not know them");
     app.add_option("--plugin", plugin, "The graphics plug-in; default: the one beside this program");
 }
 
@@ -93,14 +87,21 @@ Result<std::unique_ptr<LoadedScene>> LoadedScene::Open(std::string const& file, 
         return Failure{ExitCode::Runtime, loaded->plugin_->GetPath() + ": the plug-in refused to start"};
     }
     loaded->scene_ = std::make_unique<Scene>();
-    Scene& scene = *loaded->scene_;
-    if (!scene.Load(file, *loaded->registry_)) {
-        return Failure{scene.IsFileError() ? ExitCode::Io : ExitCode::BadFile, scene.Error()};
-    }
-    for (RefT<Texture> const& texture : scene.textures) {
-        loaded->textureBytes_ += texture->pixels.size;
+    if (Status failure = loaded->Replace(file)) {
+        return *failure;
     }
     return loaded;
+}
+
+Status LoadedScene::Replace(std::string const& file) {
+    if (!scene_->Load(file, *registry_)) {
+        return Failure{scene_->IsFileError() ? ExitCode::Io : ExitCode::BadFile, scene_->Error()};
+    }
+    textureBytes_ = 0;
+    for (RefT<Texture> const& texture : scene_->textures) {
+        textureBytes_ += texture->pixels.size;
+    }
+    return std::nullopt;
 }
 
 LoadedScene::~LoadedScene() {
@@ -112,14 +113,15 @@ void LoadedScene::Unload() {
     Shader::ReleaseAll();
 }
 
-Result<std::unique_ptr<Stage>> Stage::Open(StageOptions const& options) {
+Result<std::unique_ptr<Stage>> Stage::Open(StageOptions const& options, ContextMaker const& makeContext) {
     Result<std::unique_ptr<LoadedScene>> loaded = LoadedScene::Open(options.scene, options.plugin);
     if (!loaded) {
         return loaded.GetFailure();
     }
     std::unique_ptr<Stage> stage(new Stage);
     stage->loaded_ = std::move(*loaded);
-    if (Status failure = stage->Prepare(options)) {
+    stage->options_ = options;
+    if (Status failure = stage->Prepare(makeContext ? makeContext : EglContext::Create)) {
         return *failure;
     }
     return stage;
@@ -132,36 +134,85 @@ Stage::~Stage() {
     }
 }
 
-Status Stage::Prepare(StageOptions const& options) {
+Status Stage::Prepare(ContextMaker const& makeContext) {
     Scene const& scene = loaded_->GetScene();
-    supersample_ = options.supersample;
+    supersample_ = options_.supersample;
     const bool hasSize = scene.size.width > 0 && scene.size.height > 0;
-    size_ = options.size.value_or(hasSize ? PixelSize{scene.size.width, scene.size.height} : kDefaultSize);
-    camera2D_ = options.camera2D.value_or(
-        Camera2D{scene.camera2d.has_value(), scene.camera2d.value_or(SizeT<RealFixed>{})});
-    Result<std::unique_ptr<EglContext>> context =
-        EglContext::Create(options.surface, {size_.width * supersample_, size_.height * supersample_});
+    size_ = options_.size.value_or(hasSize ? PixelSize{scene.size.width, scene.size.height} : kDefaultSize);
+    Result<std::unique_ptr<GlContext>> context =
+        makeContext(options_.surface, {size_.width * supersample_, size_.height * supersample_});
     if (!context) {
         return context.GetFailure();
     }
     context_ = std::move(*context);
     device_.reset(loaded_->GetPlugin().CreateDevice());
-    if (device_ == nullptr || device_->Initialize(nullptr, ToDeviceFormat(options.surface), size_) == 0) {
+    if (device_ == nullptr || device_->Initialize(nullptr, ToDeviceFormat(options_.surface), size_) == 0) {
         return Failure{ExitCode::Runtime, "the plug-in's device failed to start"};
     }
-    device_->SetViewport(0, 0, size_.width * supersample_, size_.height * supersample_);
-    device_->SetClearColor(options.background.value_or(scene.background));
-    WarnOfUnknownFormats(scene);
+    Resize(size_);
+    return ApplyScene();
+}
+
+Status Stage::ApplyScene() {
+    Scene& scene = loaded_->GetScene();
+    camera2D_ = options_.camera2D.value_or(
+        Camera2D{scene.camera2d.has_value(), scene.camera2d.value_or(SizeT<RealFixed>{})});
+    device_->SetClearColor(options_.background.value_or(scene.background));
+    if (options_.decodeAtitc) {
+        return DecodeAtitc(scene, loaded_->GetPlugin());
+    }
+    WarnOfAtitc(scene, GlText(GL_EXTENSIONS));
     return std::nullopt;
+}
+
+Status Stage::Reload() {
+    if (Status failure = loaded_->Replace(options_.scene)) {
+        return failure;
+    }
+    lastTime_.reset();
+    return ApplyScene();
+}
+
+void Stage::Resize(PixelSize const& size) {
+    size_ = size;
+    device_->SetViewport(0, 0, size_.width * supersample_, size_.height * supersample_);
+}
+
+void Stage::PushCamera() {
+    if (!camera2D_.enabled) {
+        return;
+    }
+    if (!cameraView_) {
+        device_->PushCamera2D(camera2D_.size.width, camera2D_.size.height);
+        return;
+    }
+    // As the device's screen-space camera, but for the rectangle.
+    const RefT<Camera> camera(static_cast<Camera*>(loaded_->GetRegistry().Create(MakeClassId(u"Camera"))));
+    camera->orthographic.Set(true);
+    camera->viewRectangle.Set(*cameraView_);
+    camera->nearPlane.Set(-kOne<RealFixed>);
+    camera->farPlane.Set(kOne<RealFixed>);
+    camera->Update(*device_, RealFixed{});
+    device_->PushCamera(camera.Get());
+}
+
+List<Node*> Stage::Select(Vector2T<RealFixed> const& point) {
+    List<Node*> nodes;
+    device_->SetSelectionMode(point, &nodes);
+    PushCamera();
+    loaded_->GetScene().root->Render(*device_);
+    if (camera2D_.enabled) {
+        device_->PopCamera();
+    }
+    device_->SetRenderMode();
+    return nodes;
 }
 
 FrameTimes Stage::Draw(RealFixed time) {
     FrameTimes times;
     const Stopwatch whole;
     device_->Clear();
-    if (camera2D_.enabled) {
-        device_->PushCamera2D(camera2D_.size.width, camera2D_.size.height);
-    }
+    PushCamera();
     const RealFixed delta = lastTime_ ? time - *lastTime_ : RealFixed{};
     lastTime_ = time;
     const Stopwatch update;

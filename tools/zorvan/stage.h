@@ -8,7 +8,7 @@
 
 #include "core/image.h"
 #include "core/scene.h"
-#include "tools/zorvan/egl_context.h"
+#include "tools/zorvan/gl_context.h"
 #include "tools/zorvan/plugin.h"
 #include "tools/zorvan/result.h"
 #include "tools/zorvan/statistics.h"
@@ -30,9 +30,13 @@ struct StageOptions {
     SurfaceFormat surface = SurfaceFormat::Rgb888;
     // The surface has this many times the pixels in each direction; pictures average them.
     int supersample = 1;
+    // Unpacks ATITC textures before GL gets them.
+    bool decodeAtitc = false;
 
     // Adds the options that every verb with a surface shares.
     void AddTo(CLI::App& app);
+    // The same without those that only make sense for pictures.
+    void AddToViewer(CLI::App& app);
 };
 
 // A scene as loaded, without any surface.
@@ -40,6 +44,8 @@ class LoadedScene {
   public:
     // Loads the plug-in, registers its classes and loads the scene file.
     static Result<std::unique_ptr<LoadedScene>> Open(std::string const& file, std::string const& plugin);
+    // Loads a scene file in place of the present one, which stays when that fails.
+    Status Replace(std::string const& file);
 
     LoadedScene(LoadedScene const&) = delete;
     LoadedScene& operator=(LoadedScene const&) = delete;
@@ -49,6 +55,7 @@ class LoadedScene {
     // Of all textures as loaded; a texture drops its pixels when it has given them to GL.
     uint64_t GetTextureBytes() const { return textureBytes_; }
     Plugin const& GetPlugin() const { return *plugin_; }
+    ClassRegistry& GetRegistry() { return *registry_; }
     // Destroys scene and programs, in this order; before the device and its context go.
     void Unload();
 
@@ -65,7 +72,9 @@ class LoadedScene {
 // A scene on a surface.
 class Stage {
   public:
-    static Result<std::unique_ptr<Stage>> Open(StageOptions const& options);
+    // On an off-screen surface unless a maker says otherwise.
+    static Result<std::unique_ptr<Stage>> Open(StageOptions const& options,
+                                               ContextMaker const& makeContext = {});
 
     Stage(Stage const&) = delete;
     Stage& operator=(Stage const&) = delete;
@@ -73,24 +82,40 @@ class Stage {
 
     // Updates and renders the scene at a time in seconds.
     FrameTimes Draw(RealFixed time);
+    // Nodes at a point of the picture as last drawn, in pixels from its top left, in drawing order.
+    List<Node*> Select(Vector2T<RealFixed> const& point);
+    // Loads the scene file again; after a failure everything is as it was.
+    Status Reload();
+    // After a change of the surface's size.
+    void Resize(PixelSize const& size);
+    // What the screen-space camera shows, in scene units, in place of all of it; ignored where the scene is
+    // shown without that camera.
+    void SetCameraView(std::optional<RectangleT<RealFixed>> const& view) { cameraView_ = view; }
     // Reads the surface back as a picture.
     Result<Image> Read() const;
 
     LoadedScene& GetLoaded() { return *loaded_; }
     PixelSize GetSize() const { return size_; }
+    Camera2D const& GetCamera2D() const { return camera2D_; }
+    GraphicsDevice& GetDevice() { return *device_; }
     // Names and texts about EGL, GL and the plug-in.
     std::vector<std::pair<std::string, std::string>> DescribeGl() const;
 
   private:
     Stage() = default;
-    Status Prepare(StageOptions const& options);
+    Status Prepare(ContextMaker const& makeContext);
+    // Sets up what the scene file decides: background, camera, textures.
+    Status ApplyScene();
+    void PushCamera();
 
-    std::unique_ptr<EglContext> context_;
+    StageOptions options_;
+    std::unique_ptr<GlContext> context_;
     std::unique_ptr<LoadedScene> loaded_;
     std::unique_ptr<GraphicsDevice> device_;
     PixelSize size_;  // of pictures
     int supersample_ = 1;
     Camera2D camera2D_;
+    std::optional<RectangleT<RealFixed>> cameraView_;
     std::optional<RealFixed> lastTime_;
 };
 

@@ -22,5 +22,7 @@ Verb AddRenderVerb(CLI::App& program);
 Verb AddInfoVerb(CLI::App& program);
 // zorvan bench SCENE: how fast a scene updates and renders.
 Verb AddBenchVerb(CLI::App& program);
+// zorvan view SCENE: a scene in a window.
+Verb AddViewVerb(CLI::App& program);
 
 }  // namespace zorvan::tool
