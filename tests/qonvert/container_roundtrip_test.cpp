@@ -212,6 +212,17 @@ TEST(Dds, TwoChannelBlocksAreGreenFirstOnlyUnderAti2) {
     EXPECT_EQ(Bytes(amd.end() - 16, amd.end()), texture.levels[0]);
 }
 
+TEST(Dds, ReadsTheOtherNameOfExplicitAlpha) {
+    const TextureFile texture = NoiseTexture(FMT_ATITC_RGBA_EXPLICIT, 4, 4);
+    Bytes file = WriteContainer(*FindContainer("dds"), texture, {});
+    EXPECT_EQ(std::string(file.begin() + 84, file.begin() + 88), "ATCA");
+    file[87] = 'E';
+    Findings findings;
+    const TextureFile back = FindContainer("dds")->read(file, {}, findings);
+    EXPECT_EQ(back.format, FMT_ATITC_RGBA_EXPLICIT);
+    EXPECT_EQ(back.levels, texture.levels);
+}
+
 TEST(Dds, ReadsMasksThatNoFormatHas) {
     // One pixel each: bits, four masks, its word, and the RGBA that comes out.
     const struct {
