@@ -179,6 +179,13 @@ double tryalltables_3bittable4x2percep(const Rgb* image, int width, int x, int y
     return TryAllTables<4, 2>(image + y * width + x, width, base, bestTable, bestIndicesMSB, bestIndicesLSB);
 }
 
+double HalfErrorOfTable(const RgbTile& tile, int half, const Rgb& base, uint32_t table) {
+    const bool flipped = half >= 2;
+    const Rgb* corner = tile.data() + (half % 2) * (flipped ? 8 : 2);
+    return flipped ? TryTable<4, 2>(corner, 4, base, table).error
+                   : TryTable<2, 4>(corner, 4, base, table).error;
+}
+
 void compressBlockDiffFlipAveragePerceptual(const Rgb* image, int width, int x, int y, uint32_t& word1,
                                             uint32_t& word2) {
     EncodeBlock(image, width, x, y, kAverage, word1, word2);

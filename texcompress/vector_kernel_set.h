@@ -7,6 +7,7 @@
 #include "texcompress/atitc_encode_vector.h"
 #include "texcompress/block_kernels.h"
 #include "texcompress/etc1_decode_vector.h"
+#include "texcompress/etc1_encode_vector.h"
 #include "texcompress/scatter_vector.h"
 #include "texcompress/source_pixels.h"
 
@@ -33,7 +34,7 @@ constexpr BlockKernels kVectorKernels = {
     .encodeAtcLegacy = Plain<&BlockKernels::encodeAtcLegacy>::Call,
     .encodeAtcFast = EncodeAtcFastOnVectors,
     .encodeAtcLegacyFast = Plain<&BlockKernels::encodeAtcLegacyFast>::Call,
-    .encodeEtc1 = Plain<&BlockKernels::encodeEtc1>::Call,
+    .encodeEtc1 = EncodeEtc1OnVectors,
     .encodeAti1n = Plain<&BlockKernels::encodeAti1n>::Call,
     .encodeAti2n = Plain<&BlockKernels::encodeAti2n>::Call,
     .decodeAtc = DecodeAtcOnVectors,

@@ -1,0 +1,108 @@
+// Errors of ETC1 halves on vectors, one table per lane, in whole numbers. See vector_types.h for how it is
+// compiled.
+//
+// The plain encoder compares sums of 0.299 dR^2 + 0.587 dG^2 + 0.114 dB^2 in double precision. A thousand
+// times such a sum is a whole number below 2^31. Where two of these differ, so do the doubles, whose
+// rounding is nine orders of magnitude smaller; only equal ones need the doubles themselves.
+#ifndef ZORVAN_TEXCOMPRESS_ETC1_HALF_VECTOR_H
+#define ZORVAN_TEXCOMPRESS_ETC1_HALF_VECTOR_H
+
+#include "texcompress/etc1_encode.h"
+#include "texcompress/etc1_quantize_vector.h"
+#include "texcompress/vector_types.h"
+
+namespace zorvan::texcompress {
+namespace {
+
+constexpr int32_t kEtc1Weights[3] = {299, 587, 114};
+
+/// Modifiers of each table, by column.
+constexpr int32_t kEtc1Columns[4][8] = {{-8, -17, -29, -42, -60, -80, -106, -183},
+                                        {-2, -5, -9, -13, -18, -24, -33, -47},
+                                        {2, 5, 9, 13, 18, 24, 33, 47},
+                                        {8, 17, 29, 42, 60, 80, 106, 183}};
+
+/// A tile as whole numbers, and for the plain functions.
+struct Etc1Pixels {
+    int32_t channels[3][16];
+    RgbTile plain;
+    bool flat;  ///< all pixels are equal
+};
+
+/// One half with a base colour and the best table.
+struct Etc1Half {
+    int32_t base[3];
+    int32_t error;  ///< a thousand times the error, less the weighted squares of the pixels
+    uint32_t table;
+
+    bool HasBase(const int32_t (&other)[3]) const {
+        return base[0] == other[0] && base[1] == other[1] && base[2] == other[2];
+    }
+    Rgb PlainBase() const {
+        return {static_cast<uint8_t>(base[0]), static_cast<uint8_t>(base[1]), static_cast<uint8_t>(base[2])};
+    }
+};
+
+/// The distance from the colours of one column, less the square of the pixel: a plane.
+struct ColumnPlane {
+    I32 offset, slopes[3];
+
+    ColumnPlane(const int32_t (&base)[3], const int32_t* modifiers) : offset{}, slopes{} {
+        for (int c = 0; c < 3; ++c) {
+            const I32 value = Min(Max(LoadVector<I32>(modifiers) + base[c], I32{}), I32{} + 255);
+            const I32 weighted = value * kEtc1Weights[c];
+            offset += weighted * value;
+            slopes[c] = weighted + weighted;
+        }
+    }
+    [[gnu::always_inline]] I32 At(const Etc1Pixels& pixels, int k) const {
+        return offset - slopes[0] * pixels.channels[0][k] - slopes[1] * pixels.channels[1][k] -
+               slopes[2] * pixels.channels[2][k];
+    }
+};
+
+/// Errors of a half with each table.
+[[gnu::noinline]] inline void EvaluateTables(const Etc1Pixels& pixels, int half, const int32_t (&base)[3],
+                                             int32_t* errors) {
+    for (int t = 0; t < 8; t += kLanes) {
+        const ColumnPlane columns[4] = {
+            ColumnPlane(base, kEtc1Columns[0] + t), ColumnPlane(base, kEtc1Columns[1] + t),
+            ColumnPlane(base, kEtc1Columns[2] + t), ColumnPlane(base, kEtc1Columns[3] + t)};
+        I32 sum{};
+        for (const uint8_t k : kEtc1Halves[half]) {
+            sum += Min(Min(columns[0].At(pixels, k), columns[1].At(pixels, k)),
+                       Min(columns[2].At(pixels, k), columns[3].At(pixels, k)));
+        }
+        StoreVector(errors + t, sum);
+    }
+}
+
+/// The best table for a base colour, the first of equally good ones.
+inline Etc1Half CodeHalf(const Etc1Pixels& pixels, int half, const int32_t (&base)[3]) {
+    alignas(32) int32_t errors[8];
+    EvaluateTables(pixels, half, base, errors);
+    Etc1Half code{{base[0], base[1], base[2]}, errors[0], 0};
+    bool tied = false;
+    for (uint32_t table = 1; table < 8; ++table) {
+        tied = errors[table] < code.error ? false : tied || errors[table] == code.error;
+        code.table = errors[table] < code.error ? table : code.table;
+        code.error = errors[table] < code.error ? errors[table] : code.error;
+    }
+    if (!tied) {
+        return code;
+    }
+    double best = HalfErrorOfTable(pixels.plain, half, code.PlainBase(), code.table);
+    for (uint32_t table = code.table + 1; table < 8; ++table) {
+        if (best > 0.0 && errors[table] == code.error) {
+            const double error = HalfErrorOfTable(pixels.plain, half, code.PlainBase(), table);
+            code.table = error < best ? table : code.table;
+            best = error < best ? error : best;
+        }
+    }
+    return code;
+}
+
+}  // namespace
+}  // namespace zorvan::texcompress
+
+#endif  // ZORVAN_TEXCOMPRESS_ETC1_HALF_VECTOR_H
