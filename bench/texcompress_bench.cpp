@@ -4,8 +4,8 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
+#include <ctime>
 
 #include "tests/texcompress/codec_calls.h"
 #include "texcompress/block_kernels.h"
@@ -19,16 +19,15 @@ const TestImage& Image() {
     return image;
 }
 
-using Clock = std::chrono::steady_clock;
-
-/// The quickest of the calls of one benchmark: what others on the machine disturb least.
+/// The quickest of the calls of one benchmark, in processor time: what others on the machine disturb
+/// least.
 class QuickestCall {
   public:
     template <typename Call>
     void Time(Call call) {
-        const auto begin = Clock::now();
+        const std::clock_t begin = std::clock();
         call();
-        seconds_ = std::min(seconds_, std::chrono::duration<double>(Clock::now() - begin).count());
+        seconds_ = std::min(seconds_, static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC);
     }
     double MPixels() const { return static_cast<double>(Image().width) * Image().height / 1e6 / seconds_; }
 

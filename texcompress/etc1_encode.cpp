@@ -179,9 +179,15 @@ double tryalltables_3bittable4x2percep(const Rgb* image, int width, int x, int y
     return TryAllTables<4, 2>(image + y * width + x, width, base, bestTable, bestIndicesMSB, bestIndicesLSB);
 }
 
-double HalfErrorOfTable(const RgbTile& tile, int half, const Rgb& base, uint32_t table) {
+double HalfErrorOfTable(const Tile& tile, int half, const Rgb& base, uint32_t table) {
+    RgbTile pixels;
+    for (size_t k = 0; k < kTilePixels; ++k) {
+        const uint32_t word = tile.pixels[k];
+        pixels[k] = {static_cast<uint8_t>(word), static_cast<uint8_t>(word >> 8),
+                     static_cast<uint8_t>(word >> 16)};
+    }
     const bool flipped = half >= 2;
-    const Rgb* corner = tile.data() + (half % 2) * (flipped ? 8 : 2);
+    const Rgb* corner = pixels.data() + (half % 2) * (flipped ? 8 : 2);
     return flipped ? TryTable<4, 2>(corner, 4, base, table).error
                    : TryTable<2, 4>(corner, 4, base, table).error;
 }

@@ -22,7 +22,7 @@ double tryalltables_3bittable4x2percep(const Rgb* image, int width, int x, int y
 
 /// The error of one half of a tile (left, right, top or bottom) with a given base colour and table, as
 /// tryalltables_3bittable2x4percep and the 4 wide form compute it.
-double HalfErrorOfTable(const RgbTile& tile, int half, const Rgb& base, uint32_t table);
+double HalfErrorOfTable(const Tile& tile, int half, const Rgb& base, uint32_t table);
 
 /// Encodes with each half's average rounded to the nearest code as its base colour.
 void compressBlockDiffFlipAveragePerceptual(const Rgb* image, int width, int x, int y, uint32_t& word1,

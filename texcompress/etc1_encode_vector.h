@@ -185,16 +185,16 @@ inline void ChooseOrientation(const Etc1Pixels& pixels, const Etc1Candidate& unf
 
 inline Etc1Pixels PixelsOf(const Tile& tile) {
     Etc1Pixels pixels;
-    pixels.flat = true;
-    const auto plain = reinterpret_cast<uint8_t*>(&pixels.plain);
-    for (int k = 0; k < 16; ++k) {
-        pixels.flat = pixels.flat && (tile.pixels[k] ^ tile.pixels[0]) << 8 == 0;
+    I32 differences{};
+    for (int k = 0; k < 16; k += kLanes) {
+        const auto words = LoadVector<I32>(tile.pixels + k);
+        differences |= words ^ static_cast<int32_t>(tile.pixels[0]);
         for (int c = 0; c < 3; ++c) {
-            const uint32_t value = tile.pixels[k] >> (8 * c) & 255;
-            pixels.channels[c][k] = static_cast<int32_t>(value);
-            plain[3 * k + c] = static_cast<uint8_t>(value);
+            StoreVector(pixels.channels[c] + k, I32(words >> (8 * c) & 255));
         }
     }
+    pixels.tile = &tile;
+    pixels.flat = !AnyLane(differences & 0xFFFFFF);
     return pixels;
 }
 

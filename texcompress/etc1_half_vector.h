@@ -22,10 +22,10 @@ constexpr int32_t kEtc1Columns[4][8] = {{-8, -17, -29, -42, -60, -80, -106, -183
                                         {2, 5, 9, 13, 18, 24, 33, 47},
                                         {8, 17, 29, 42, 60, 80, 106, 183}};
 
-/// A tile as whole numbers, and for the plain functions.
+/// A tile as whole numbers.
 struct Etc1Pixels {
-    int32_t channels[3][16];
-    RgbTile plain;
+    alignas(32) int32_t channels[3][16];
+    const Tile* tile;
     bool flat;  ///< all pixels are equal
 };
 
@@ -91,10 +91,10 @@ inline Etc1Half CodeHalf(const Etc1Pixels& pixels, int half, const int32_t (&bas
     if (!tied) {
         return code;
     }
-    double best = HalfErrorOfTable(pixels.plain, half, code.PlainBase(), code.table);
+    double best = HalfErrorOfTable(*pixels.tile, half, code.PlainBase(), code.table);
     for (uint32_t table = code.table + 1; table < 8; ++table) {
         if (best > 0.0 && errors[table] == code.error) {
-            const double error = HalfErrorOfTable(pixels.plain, half, code.PlainBase(), table);
+            const double error = HalfErrorOfTable(*pixels.tile, half, code.PlainBase(), table);
             code.table = error < best ? table : code.table;
             best = error < best ? error : best;
         }
