@@ -3,6 +3,7 @@
 #define ZORVAN_TEXCOMPRESS_VECTOR_KERNEL_SET_H
 
 #include "texcompress/alpha_decode_vector.h"
+#include "texcompress/alpha_encode_vector.h"
 #include "texcompress/atitc_decode_vector.h"
 #include "texcompress/atitc_encode_vector.h"
 #include "texcompress/block_kernels.h"
@@ -35,8 +36,8 @@ constexpr BlockKernels kVectorKernels = {
     .encodeAtcFast = EncodeAtcFastOnVectors,
     .encodeAtcLegacyFast = Plain<&BlockKernels::encodeAtcLegacyFast>::Call,
     .encodeEtc1 = EncodeEtc1OnVectors,
-    .encodeAti1n = Plain<&BlockKernels::encodeAti1n>::Call,
-    .encodeAti2n = Plain<&BlockKernels::encodeAti2n>::Call,
+    .encodeAti1n = EncodeAti1nOnVectors,
+    .encodeAti2n = EncodeAti2nOnVectors,
     .decodeAtc = DecodeAtcOnVectors,
     .decodeAtcLegacy = Plain<&BlockKernels::decodeAtcLegacy>::Call,
     .decodeEtc1 = DecodeEtc1OnVectors,
@@ -44,7 +45,7 @@ constexpr BlockKernels kVectorKernels = {
     .decodeAti2n = DecodeAti2nOnVectors,
     .encodeAlphaExplicit8 = Plain<&BlockKernels::encodeAlphaExplicit8>::Call,
     .encodeAlphaExplicit4 = Plain<&BlockKernels::encodeAlphaExplicit4>::Call,
-    .encodeAlphaInterpolated = Plain<&BlockKernels::encodeAlphaInterpolated>::Call,
+    .encodeAlphaInterpolated = EncodeAlphaInterpolatedOnVectors,
     .decodeAlphaExplicit = DecodeAlphaExplicitOnVectors,
     .decodeAlphaInterpolated = DecodeAlphaInterpolatedOnVectors,
 };
