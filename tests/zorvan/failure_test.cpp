@@ -43,6 +43,11 @@ TEST_F(Options, WrongOnesAreUsageErrors) {
         {"camera of one unit", {"render", "SCENE", "OUT", "--camera2d", "1x64"}, "or 'none'"},
         {"raw into a file", {"render", "SCENE", "OUT", "--raw", "rgba"}, "expected - (standard output)"},
         {"unknown raw", {"render", "SCENE", "-", "--raw", "avi"}, "expected rgba or y4m"},
+        {"sheet of no rows",
+         {"render", "SCENE", "OUT", "--sheet", "4x0"},
+         "expected COLUMNSxROWS, each 1 to 100"},
+        {"sheet on a stream", {"render", "SCENE", "-", "--sheet", "4x4"}, "expected a PNG file"},
+        {"huge sheet", {"render", "SCENE", "OUT", "--frames", "0..2", "--sheet", "100x100"}, "at most 16384"},
         {"no frames to measure", {"bench", "SCENE", "--frames", "0"}, "--frames"},
     };
     for (OptionRow const& row : rows) {

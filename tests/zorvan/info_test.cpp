@@ -73,5 +73,37 @@ TEST_F(Info, ReadsHundredThousandNodes) {
     EXPECT_NE(run.out.find("100000 nodes, 2 deep: 99999 sprites"), std::string::npos) << run.out;
 }
 
+TEST_F(Info, WarnsOfWhatWillNotShow) {
+    const std::string scene = File("scene.json", R"({"version": 1, "background": [1, 1, 1, 1], "textures": [
+        {"name": "chain", "format": "rgb565", "width": 4, "height": 1, "levels": [
+            {"data": "AAAAAAAAAAA="}, {"data": "AAAAAA=="}]},
+        {"name": "whole", "format": "rgb565", "width": 2, "height": 1, "levels": [
+            {"data": "AAAAAA=="}, {"data": "AAA="}]},
+        {"name": "atitc", "format": "atc-rgb", "width": 4, "height": 4, "levels": [{"data": "AAAAAAAAAAA="}]}],
+        "fonts": [{"name": "f", "lineHeight": 3, "ascent": 2, "pages": [{"texture": "whole"}]}], "root": {"children": [
+            {"class": "Sprite", "width": 0, "height": 4},
+            {"class": "Sprite", "width": 1, "height": 4, "color": [0, 0, 0, 1]},
+            {"class": "Text", "font": null, "string": "a"},
+            {"class": "Text", "font": "f", "string": "a", "color": [0, 0, 0, 0.5]},
+            {"class": "Text", "font": "f", "string": "a"},
+            {"class": "TransformNode", "opacity": 0.5, "children": [
+                {"class": "Text", "font": "f", "string": "a"}]}]}})");
+    const ToolRun run = RunTool({"info", scene, "--json"});
+    ASSERT_EQ(run.code, 0) << run.err;
+    const Json json = Json::parse(run.out, nullptr, false);
+    ASSERT_FALSE(json.is_discarded()) << run.out;
+    const char* starts[] = {
+        "texture 'chain' has 2 of 3 mip levels",       "texture 'atitc' is atc-rgb",
+        "/root/children/0: a sprite of 0x4 pixels",    "/root/children/2: text without a font",
+        "/root/children/3: text in black never shows", "/root/children/4: text that is opaque never shows"};
+    ASSERT_EQ(json["warnings"].size(), std::size(starts)) << json["warnings"];
+    for (size_t i = 0; i < std::size(starts); ++i) {
+        const std::string warning = json["warnings"][i];
+        EXPECT_EQ(warning.rfind(starts[i], 0), 0u) << warning;
+    }
+    EXPECT_NE(RunTool({"info", scene}).out.find("\nwarning: texture 'chain'"), std::string::npos);
+    EXPECT_EQ(RunTool({"info", Example("hello.json")}).out.find("warning"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace zorvan::tool

@@ -256,6 +256,75 @@ TEST_F(Render, AtitcCanBeDecodedByTheHost) {
     }
 }
 
+TEST_F(Render, SheetsSpreadOverTheFrames) {
+    const std::string scene = File("scene.json", kScene);
+    const ToolRun run = RunTool({"render", scene, Path("sheet.png"), "--frames", "0..30", "--sheet", "3x2"});
+    ASSERT_EQ(run.code, 0) << run.err;
+    Image sheet;
+    ASSERT_EQ(ReadImage(Path("sheet.png"), sheet), "");
+    EXPECT_EQ(sheet.width, 3u * 260 + 4);
+    EXPECT_EQ(sheet.height, 2u * 260 + 4);
+    for (uint32_t cell = 0; cell < 6; ++cell) {  // frames 0, 6, 12, 18, 24, 30; the square moves by 2 a frame
+        const uint32_t x = 4 + cell % 3 * 260 + 128 + 12 * cell;
+        const uint32_t y = 4 + cell / 3 * 260;
+        EXPECT_EQ(PixelAt(sheet, x, y), kGreen) << cell;
+        EXPECT_EQ(PixelAt(sheet, x - 1, y), kBlue) << cell;
+        EXPECT_EQ(PixelAt(sheet, x, y - 1), 0x000000FFu) << cell;
+    }
+    // Fewer frames than cells leave room.
+    ASSERT_EQ(RunTool({"render", scene, Path("sheet.png"), "--frames", "5..6", "--sheet", "2x2"}).code, 0);
+    ASSERT_EQ(ReadImage(Path("sheet.png"), sheet), "");
+    EXPECT_EQ(PixelAt(sheet, 264 + 140, 4), kGreen);
+    EXPECT_EQ(PixelAt(sheet, 4, 264), 0x000000FFu);
+}
+
+TEST_F(Render, FilmsAreMadeByFfmpeg) {
+    if (std::system("command -v ffmpeg ffprobe >/dev/null") != 0) {
+        GTEST_SKIP() << "needs the program ffmpeg";
+    }
+    const std::string scene = File("scene.json", kScene);
+    for (std::string name : {"a.gif", "a.mp4", "a.WebM"}) {
+        SCOPED_TRACE(name);
+        const ToolRun run =
+            RunTool({"render", scene, Path(name), "--frames", "0..9", "--fps", "10", "--size", "64x48"});
+        ASSERT_EQ(run.code, 0) << run.err;
+        EXPECT_EQ(Files(), (std::vector<std::string>{name, "scene.json"}));
+        const std::string probe =
+            "ffprobe -v error -count_frames -show_entries stream=width,height,nb_read_frames "
+            "-of csv=p=0 " +
+            Path(name) + " >" + Path("probe");
+        ASSERT_EQ(std::system(probe.c_str()), 0);
+        EXPECT_EQ(ReadText(Path("probe")), "64,48,10\n");
+        // And back: each picture replaces the one before, up to the last.
+        ASSERT_EQ(
+            std::system(("ffmpeg -v error -i " + Path(name) + " -update 1 " + Path("last.png")).c_str()), 0);
+        Image image;
+        ASSERT_EQ(ReadImage(Path("last.png"), image), "");
+        const uint32_t pixel = PixelAt(image, 48, 1);  // the green square, at 182 units
+        EXPECT_GT(pixel >> 16 & 255, 180u);
+        EXPECT_LT(pixel >> 24, 80u);
+        for (std::string const& file : {name, std::string("probe"), std::string("last.png")}) {
+            std::filesystem::remove(Path(file));
+        }
+    }
+}
+
+TEST_F(Render, FilmsThatFailLeaveNothingBehind) {
+    const std::string scene = File("scene.json", kScene);
+    const std::string path = std::getenv("PATH");
+    setenv("PATH", Path("bin").c_str(), 1);
+    ExpectFailure(RunTool({"render", scene, Path("a.gif")}), 5, "ffmpeg, which is not on the path");
+    // One that stops at once, with a reason.
+    std::filesystem::create_directory(Path("bin"));
+    File("bin/ffmpeg", "#!/bin/sh\necho first >&2; echo no such codec >&2; exit 1\n");
+    std::filesystem::permissions(Path("bin/ffmpeg"), std::filesystem::perms::owner_all);
+    ExpectFailure(RunTool({"render", scene, Path("a.mp4"), "--frames", "0..9"}), 2,
+                  "a.mp4: cannot write: ffmpeg: no such codec");
+    setenv("PATH", path.c_str(), 1);
+    ExpectFailure(RunTool({"render", scene, Path("no/a.webm")}), 2, "there is no folder");
+    EXPECT_EQ(Files(), (std::vector<std::string>{"bin", "scene.json"}));
+}
+
 // Mean difference of all channels, or a huge number for different sizes.
 double Difference(Image const& a, Image const& b) {
     if (a.width != b.width || a.height != b.height) {

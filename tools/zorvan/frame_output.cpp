@@ -125,6 +125,15 @@ bool StreamOutput::WritePlanes(Image const& frame) {
 
 }  // namespace
 
+Status CheckFolder(std::string const& path) {
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    std::error_code error;
+    if (!folder.empty() && !std::filesystem::is_directory(folder, error)) {
+        return WriteFailure(path, "there is no folder '" + folder.string() + "'");
+    }
+    return std::nullopt;
+}
+
 Result<std::unique_ptr<FrameOutput>> MakePngOutput(std::string const& path, FrameRange const& frames) {
     std::optional<Pattern> pattern = ParsePattern(path);
     if (!pattern) {
@@ -134,10 +143,8 @@ Result<std::unique_ptr<FrameOutput>> MakePngOutput(std::string const& path, Fram
         return Failure{ExitCode::Usage, path + ": got one name for " + std::to_string(frames.Count()) +
                                             " frames, expected a name like out_%04d.png"};
     }
-    const std::filesystem::path folder = std::filesystem::path(pattern->Name(frames.first)).parent_path();
-    std::error_code error;
-    if (!folder.empty() && !std::filesystem::is_directory(folder, error)) {
-        return WriteFailure(path, "there is no folder '" + folder.string() + "'");
+    if (Status failure = CheckFolder(pattern->Name(frames.first))) {
+        return *failure;
     }
     return std::unique_ptr<FrameOutput>(new PngOutput(*pattern));
 }

@@ -19,6 +19,9 @@ class FrameOutput {
     virtual Status Finish() = 0;
 };
 
+// A failure when the folder of a file to be written does not exist.
+Status CheckFolder(std::string const& path);
+
 // PNG files, each either the old or the whole new one. The path may hold one %d or %0Nd for the frame's
 // number, and must when there is more than one frame. Fails at once, before anything is drawn, when the
 // folder does not exist.

@@ -9,6 +9,7 @@
 #include "tools/zorvan/report.h"
 #include "tools/zorvan/stage.h"
 #include "tools/zorvan/verb.h"
+#include "tools/zorvan/warnings.h"
 
 namespace zorvan::tool {
 namespace {
@@ -109,6 +110,7 @@ void PrintJson(InfoOptions const& options, LoadedScene& loaded, Census const& ce
         json["fonts"].push_back(font->name);
     }
     json["texture_bytes"] = loaded.GetTextureBytes();
+    json["warnings"] = FindProblems(scene);
     json["tree"] = TreeAsJson(*scene.root);
     Print(json, stdout);
 }
@@ -158,6 +160,9 @@ void PrintText(InfoOptions const& options, LoadedScene& loaded, Census const& ce
     }
     std::printf("%s\n", DescribeNode(*scene.root).c_str());
     PrintTree(*scene.root, "", options.children);
+    for (std::string const& problem : FindProblems(scene)) {
+        std::printf("warning: %s\n", problem.c_str());
+    }
 }
 
 Status Info(InfoOptions const& options) {

@@ -1,9 +1,11 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/zorvan/draw_counter.h"
+#include "tools/zorvan/film_output.h"
 #include "tools/zorvan/frame_output.h"
 #include "tools/zorvan/progress.h"
 #include "tools/zorvan/report.h"
+#include "tools/zorvan/sheet_output.h"
 #include "tools/zorvan/stage.h"
 #include "tools/zorvan/verb.h"
 
@@ -14,12 +16,16 @@ constexpr char const* kFooter =
     "Examples:\n"
     "  zorvan render hello.json hello.png\n"
     "  zorvan render crowd.json out_%04d.png --frames 0..59 --fps 30\n"
-    "  zorvan render crowd.json - --frames 0..299 | ffmpeg -i - crowd.mp4\n"
+    "  zorvan render crowd.json crowd.mp4 --frames 0..299\n"
+    "  zorvan render crowd.json sheet.png --frames 0..299 --sheet 4x3 --size 320x180\n"
+    "  zorvan render crowd.json - --frames 0..299 | ffmpeg -i - crowd.mkv\n"
     "  zorvan render hello.json hello.png --size 1280x800 --supersample 2 --background '#203040'\n"
     "  zorvan render hello.json hello.png --json\n"
     "\n"
     "Frame N shows the scene at the time T + N / FPS. OUT is a PNG file, a name with %d or %04d for the\n"
-    "frame's number, or - for raw frames on standard output (everything else then goes to standard error).";
+    "frame's number, a film (.gif, .mp4, .webm; made by the program ffmpeg), or - for raw frames on "
+    "standard\n"
+    "output (everything else then goes to standard error). A sheet spreads its cells over the frames.";
 
 struct RenderOptions {
     StageOptions stage;
@@ -28,6 +34,7 @@ struct RenderOptions {
     uint32_t framesPerSecond = 30;
     RealFixed time;
     std::optional<RawFormat> raw;
+    std::optional<SheetGrid> sheet;
     bool json = false;
     bool glInfo = false;
 };
@@ -47,6 +54,9 @@ Status CheckOptions(RenderOptions const& options) {
         return Failure{ExitCode::Usage,
                        "--raw: got the file " + options.out + " as output, expected - (standard output)"};
     }
+    if (options.sheet && (ToStream(options) || IsFilmName(options.out))) {
+        return Failure{ExitCode::Usage, "--sheet: got the output " + options.out + ", expected a PNG file"};
+    }
     const int64_t last = RawTimeOf(options, options.frames.last);
     if (last > INT32_MAX) {
         return Failure{ExitCode::Usage, "--frames: got a last frame at " + std::to_string(last / 65536) +
@@ -56,8 +66,10 @@ Status CheckOptions(RenderOptions const& options) {
 }
 
 Status DrawFrames(RenderOptions const& options, Stage& stage, FrameOutput& output, FrameFigures& figures) {
-    Progress progress(options.frames.Count());
-    for (uint32_t number = options.frames.first; number <= options.frames.last; ++number) {
+    const SheetGrid all{options.frames.Count(), 1};
+    const std::vector<uint32_t> numbers = SheetFrames(options.frames, options.sheet.value_or(all));
+    Progress progress(static_cast<uint32_t>(numbers.size()));
+    for (uint32_t number : numbers) {
         const uint64_t callsBefore = DrawCallCount();
         const FrameTimes times =
             stage.Draw(RealFixed::FromRaw(static_cast<int32_t>(RawTimeOf(options, number))));
@@ -102,26 +114,31 @@ void PrintText(RenderOptions const& options, Stage& stage, FrameFigures const& f
                  Median(figures.total), Percentile(figures.total, 0.95));
 }
 
+Result<std::unique_ptr<FrameOutput>> MakeOutput(RenderOptions const& options) {
+    if (ToStream(options)) {
+        return MakeStreamOutput(options.raw.value_or(RawFormat::Y4m), options.framesPerSecond);
+    }
+    if (options.sheet) {
+        return MakeSheetOutput(options.out, *options.sheet);
+    }
+    return IsFilmName(options.out) ? MakeFilmOutput(options.out, options.framesPerSecond)
+                                   : MakePngOutput(options.out, options.frames);
+}
+
 Status Render(RenderOptions const& options) {
     if (Status failure = CheckOptions(options)) {
         return failure;
     }
-    std::unique_ptr<FrameOutput> output;
-    if (ToStream(options)) {
-        output = MakeStreamOutput(options.raw.value_or(RawFormat::Y4m), options.framesPerSecond);
-    } else {
-        Result<std::unique_ptr<FrameOutput>> files = MakePngOutput(options.out, options.frames);
-        if (!files) {
-            return files.GetFailure();
-        }
-        output = std::move(*files);
+    Result<std::unique_ptr<FrameOutput>> output = MakeOutput(options);
+    if (!output) {
+        return output.GetFailure();
     }
     Result<std::unique_ptr<Stage>> stage = Stage::Open(options.stage);
     if (!stage) {
         return stage.GetFailure();
     }
     FrameFigures figures;
-    if (Status failure = DrawFrames(options, **stage, *output, figures)) {
+    if (Status failure = DrawFrames(options, **stage, **output, figures)) {
         return failure;
     }
     const auto print = options.json ? PrintJson : PrintText;
@@ -133,16 +150,17 @@ Status Render(RenderOptions const& options) {
 
 Verb AddRenderVerb(CLI::App& program) {
     CLI::App* command =
-        program.add_subcommand("render", "Draws frames of a scene into PNG files or a stream");
+        program.add_subcommand("render", "Draws frames of a scene into PNG files, a film or a stream");
     auto options = std::make_shared<RenderOptions>();
     command->add_option("SCENE", options->stage.scene, "Scene file (JSON)")->required();
-    command->add_option("OUT", options->out, "PNG file, name with %04d, or -")->required();
+    command->add_option("OUT", options->out, "PNG file, name with %04d, film, or -")->required();
     AddValue(*command, "--frames", options->frames, "A..B, or one frame number; default 0");
     command->add_option("--fps", options->framesPerSecond, "Frames per second, 1 to 1000; default 30")
         ->check(CLI::Range(1, 1000));
     AddValue(*command, "--time", options->time, "Time of frame 0, in seconds; default 0");
     AddValue(*command, "--raw", options->raw,
              "rgba or y4m: layout of frames on standard output; default y4m");
+    AddValue(*command, "--sheet", options->sheet, "COLUMNSxROWS: a contact sheet, one PNG file");
     options->stage.AddTo(*command);
     command->add_flag("--json", options->json, "Print statistics as JSON");
     command->add_flag("--gl-info", options->glInfo, "Tell which EGL, GL and plug-in are at work");

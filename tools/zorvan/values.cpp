@@ -114,6 +114,12 @@ bool ParseValue(std::string const& text, SurfaceFormat& value) {
     return false;
 }
 
+bool ParseValue(std::string const& text, SheetGrid& value) {
+    std::string_view left, right;
+    return SplitAt(text, "x", left, right) && ParseWhole(left, kMostSheetCells, value.columns) &&
+           ParseWhole(right, kMostSheetCells, value.rows) && value.columns > 0 && value.rows > 0;
+}
+
 bool ParseValue(std::string const& text, RawFormat& value) {
     value = text == "y4m" ? RawFormat::Y4m : RawFormat::Rgba;
     return text == "y4m" || text == "rgba";
@@ -151,6 +157,9 @@ char const* Expected(Camera2D const&) {
 char const* Expected(SurfaceFormat const&) {
     return "565, 888 or 8888";
 }
+char const* Expected(SheetGrid const&) {
+    return "COLUMNSxROWS, each 1 to 100";
+}
 char const* Expected(RawFormat const&) {
     return "rgba or y4m";
 }
@@ -181,6 +190,7 @@ template CLI::Option* AddValue(CLI::App&, std::string const&, SurfaceFormat&, st
 template CLI::Option* AddValue(CLI::App&, std::string const&, RealFixed&, std::string const&);
 template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<PixelSize>&, std::string const&);
 template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<Camera2D>&, std::string const&);
+template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<SheetGrid>&, std::string const&);
 template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<RawFormat>&, std::string const&);
 template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<ColorT<RealFixed>>&,
                                std::string const&);

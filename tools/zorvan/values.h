@@ -39,6 +39,13 @@ struct Camera2D {
 // Colour bits of a surface.
 enum class SurfaceFormat { Rgb565, Rgb888, Rgba8888 };
 
+// Cells of a contact sheet.
+struct SheetGrid {
+    uint32_t columns = 1;
+    uint32_t rows = 1;
+};
+inline constexpr uint32_t kMostSheetCells = 100;  // in each direction
+
 // Layout of frames on standard output.
 enum class RawFormat { Rgba, Y4m };
 
@@ -47,6 +54,7 @@ bool ParseValue(std::string const& text, PixelSize& value);          // "640x480
 bool ParseValue(std::string const& text, FrameRange& value);         // "0..59" or "12"
 bool ParseValue(std::string const& text, Camera2D& value);           // "640x480", "320.5x240" or "none"
 bool ParseValue(std::string const& text, SurfaceFormat& value);      // "565", "888", "8888"
+bool ParseValue(std::string const& text, SheetGrid& value);          // "4x3"
 bool ParseValue(std::string const& text, RawFormat& value);          // "rgba", "y4m"
 bool ParseValue(std::string const& text, ColorT<RealFixed>& value);  // "#rrggbb" or "#rrggbbaa"
 bool ParseValue(std::string const& text, RealFixed& value);          // decimal number of 16.16
@@ -56,6 +64,7 @@ char const* Expected(PixelSize const&);
 char const* Expected(FrameRange const&);
 char const* Expected(Camera2D const&);
 char const* Expected(SurfaceFormat const&);
+char const* Expected(SheetGrid const&);
 char const* Expected(RawFormat const&);
 char const* Expected(ColorT<RealFixed> const&);
 char const* Expected(RealFixed const&);

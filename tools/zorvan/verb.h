@@ -16,7 +16,7 @@ struct Verb {
     std::function<Status()> run;
 };
 
-// zorvan render SCENE OUT: frames of a scene into PNG files or a stream.
+// zorvan render SCENE OUT: frames of a scene into PNG files, a film or a stream.
 Verb AddRenderVerb(CLI::App& program);
 // zorvan info SCENE: what is in a scene file.
 Verb AddInfoVerb(CLI::App& program);

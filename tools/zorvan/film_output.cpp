@@ -1,0 +1,216 @@
+#include "tools/zorvan/film_output.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <vector>
+
+namespace zorvan::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct FilmFormat {
+    char const* extension;
+    char const* muxer;
+    std::vector<char const*> options;
+};
+
+// GIF gets the best 256 colours of the whole film; films for players have even sides and halved chroma.
+std::vector<FilmFormat> const& Formats() {
+    constexpr char const* kEven = "pad=ceil(iw/2)*2:ceil(ih/2)*2";
+    static const std::vector<FilmFormat> kFormats = {
+        {".gif",
+         "gif",
+         {"-filter_complex",
+          "split[a][b];[a]palettegen=stats_mode=diff[p];[b][p]paletteuse=dither=bayer:bayer_scale=4:diff_"
+          "mode="
+          "rectangle"}},
+        {".mp4",
+         "mp4",
+         {"-vf", kEven, "-c:v", "libx264", "-crf", "18", "-pix_fmt", "yuv420p", "-movflags", "+faststart"}},
+        {".webm",
+         "webm",
+         {"-vf", kEven, "-c:v", "libvpx-vp9", "-crf", "24", "-b:v", "0", "-row-mt", "1", "-pix_fmt",
+          "yuv420p"}}};
+    return kFormats;
+}
+
+FilmFormat const* FindFormat(std::string const& path) {
+    std::string extension = fs::path(path).extension();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c; });
+    for (FilmFormat const& format : Formats()) {
+        if (extension == format.extension) {
+            return &format;
+        }
+    }
+    return nullptr;
+}
+
+bool IsOnPath(char const* program) {
+    char const* path = std::getenv("PATH");
+    std::string folders = path == nullptr ? "" : path;
+    for (size_t from = 0; from <= folders.size();) {
+        const size_t end = std::min(folders.find(':', from), folders.size());
+        if (access((fs::path(folders.substr(from, end - from)) / program).c_str(), X_OK) == 0) {
+            return true;
+        }
+        from = end + 1;
+    }
+    return false;
+}
+
+class FilmOutput final : public FrameOutput {
+  public:
+    FilmOutput(std::string path, FilmFormat const& format, uint32_t framesPerSecond)
+        : path_(std::move(path)),
+          part_(path_ + ".part-" + std::to_string(getpid())),
+          format_(format),
+          framesPerSecond_(framesPerSecond),
+          messages_(std::tmpfile()) {}
+    ~FilmOutput() override;
+
+    Status Write(uint32_t number, Image const& frame) override;
+    Status Finish() override;
+
+  private:
+    std::vector<std::string> Command(Image const& frame) const;
+    bool Start(Image const& frame);
+    // Ends ffmpeg's input and waits for its end; whether all went well.
+    bool Close();
+    // The failure, with the last line that ffmpeg said or the system's reason.
+    Failure Explain();
+
+    std::string path_, part_;
+    FilmFormat const& format_;
+    uint32_t framesPerSecond_;
+    std::FILE* messages_;  // ffmpeg's
+    std::FILE* pipe_ = nullptr;
+    pid_t child_ = 0;
+};
+
+FilmOutput::~FilmOutput() {
+    if (child_ > 0) {
+        kill(child_, SIGKILL);
+        Close();
+    }
+    if (messages_ != nullptr) {
+        std::fclose(messages_);
+    }
+    std::error_code error;
+    fs::remove(part_, error);
+}
+
+std::vector<std::string> FilmOutput::Command(Image const& frame) const {
+    const std::string size = std::to_string(frame.width) + "x" + std::to_string(frame.height);
+    std::vector<std::string> command = {"ffmpeg",
+                                        "-v",
+                                        "error",
+                                        "-nostdin",
+                                        "-y",
+                                        "-f",
+                                        "rawvideo",
+                                        "-pix_fmt",
+                                        "rgb0",
+                                        "-s",
+                                        size,
+                                        "-r",
+                                        std::to_string(framesPerSecond_),
+                                        "-i",
+                                        "pipe:0"};
+    command.insert(command.end(), format_.options.begin(), format_.options.end());
+    // A protocol in front, so that no name is taken for an option or an address.
+    command.insert(command.end(), {"-f", format_.muxer, "file:" + part_});
+    return command;
+}
+
+bool FilmOutput::Start(Image const& frame) {
+    int ends[2];
+    if (messages_ == nullptr || pipe2(ends, O_CLOEXEC) != 0) {
+        return false;
+    }
+    std::vector<std::string> command = Command(frame);
+    std::vector<char*> words;
+    for (std::string& word : command) {
+        words.push_back(word.data());
+    }
+    words.push_back(nullptr);
+    child_ = fork();
+    if (child_ == 0) {
+        std::signal(SIGPIPE, SIG_DFL);
+        if (dup2(ends[0], STDIN_FILENO) >= 0 && dup2(fileno(messages_), STDOUT_FILENO) >= 0 &&
+            dup2(fileno(messages_), STDERR_FILENO) >= 0) {
+            execvp(words[0], words.data());
+        }
+        _exit(127);
+    }
+    close(ends[0]);
+    pipe_ = fdopen(ends[1], "wb");
+    return child_ > 0 && pipe_ != nullptr;
+}
+
+bool FilmOutput::Close() {
+    const bool written = pipe_ != nullptr && std::fclose(std::exchange(pipe_, nullptr)) == 0;
+    int status = 0;
+    return waitpid(std::exchange(child_, 0), &status, 0) > 0 && written && WIFEXITED(status) &&
+           WEXITSTATUS(status) == 0;
+}
+
+Failure FilmOutput::Explain() {
+    std::string reason = std::strerror(errno);
+    if (child_ > 0) {
+        Close();
+    }
+    if (messages_ != nullptr) {
+        std::rewind(messages_);
+        for (char line[512]; std::fgets(line, sizeof line, messages_) != nullptr;) {
+            line[std::strcspn(line, "\r\n")] = 0;
+            reason = line[0] != 0 ? std::string("ffmpeg: ") + line : reason;
+        }
+    }
+    return {ExitCode::Io, path_ + ": cannot write: " + reason};
+}
+
+Status FilmOutput::Write(uint32_t, Image const& frame) {
+    if ((child_ == 0 && !Start(frame)) ||
+        std::fwrite(frame.rgba.data(), 1, frame.rgba.size(), pipe_) != frame.rgba.size()) {
+        return Explain();
+    }
+    return std::nullopt;
+}
+
+Status FilmOutput::Finish() {
+    if (!Close() || std::rename(part_.c_str(), path_.c_str()) != 0) {
+        return Explain();
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+bool IsFilmName(std::string const& path) {
+    return FindFormat(path) != nullptr;
+}
+
+Result<std::unique_ptr<FrameOutput>> MakeFilmOutput(std::string const& path, uint32_t framesPerSecond) {
+    if (!IsOnPath("ffmpeg")) {
+        return Failure{
+            ExitCode::Unsupported,
+            path + ": films are made by the program ffmpeg, which is not on the path (Debian: ffmpeg)"};
+    }
+    if (Status failure = CheckFolder(path)) {
+        return *failure;
+    }
+    return std::unique_ptr<FrameOutput>(new FilmOutput(path, *FindFormat(path), framesPerSecond));
+}
+
+}  // namespace zorvan::tool
