@@ -6,6 +6,7 @@
 
 #include "texcompress/block_kernels.h"
 #include "texcompress/etc1_half_vector.h"
+#include "texcompress/etc1_quantize_vector.h"
 
 namespace zorvan::texcompress {
 namespace {
@@ -20,39 +21,18 @@ struct Etc1Candidate {
     uint32_t FirstWord() const { return bits | halves[0].table << 5 | halves[1].table << 2; }
 };
 
-/// The base colours of two halves with their bits, in differential mode where the codes allow it.
-inline uint32_t ChooseBases(const Etc1Codes& codes, int first, int32_t (&bases)[2][3]) {
-    uint32_t differential = 2;
-    uint32_t individual = 0;
-    bool fits = true;
-    for (int c = 0; c < 3; ++c) {
-        const int32_t* fives = codes.channels[c] + first;
-        const int32_t difference = fives[1] - fives[0];
-        fits = fits && difference >= -4 && difference <= 3;
-        const auto bits = static_cast<uint32_t>(fives[0] << 3 | (difference & 7));
-        differential |= bits << (24 - 8 * c);
-        individual |= static_cast<uint32_t>(fives[4] << 4 | fives[5]) << (24 - 8 * c);
-    }
-    for (int half = 0; half < 2; ++half) {
-        for (int c = 0; c < 3; ++c) {
-            const int32_t code = codes.channels[c][first + half + (fits ? 0 : 4)];
-            bases[half][c] = fits ? code << 3 | code >> 2 : code * 17;
-        }
-    }
-    return fits ? differential : individual;
-}
-
-/// Halves that the other quantizer has given the same base colour are not searched again.
-inline Etc1Candidate CodeOrientation(const Etc1Pixels& pixels, const Etc1Codes& codes, bool flipped,
-                                     const Etc1Candidate* other) {
+/// Halves that have the same base colour in another candidate are not searched again.
+inline Etc1Candidate CodeOrientation(const Etc1Pixels& pixels, const Etc1Bases& bases, size_t lane,
+                                     bool flipped, const Etc1Candidate* other) {
     Etc1Candidate candidate;
     candidate.flipped = flipped;
+    candidate.bits = bases.bits[flipped ? 1 : 0][lane];
     const int first = flipped ? 2 : 0;
-    int32_t bases[2][3];
-    candidate.bits = ChooseBases(codes, first, bases) | (flipped ? 1 : 0);
     for (int i = 0; i < 2; ++i) {
-        const bool known = other != nullptr && other->halves[i].HasBase(bases[i]);
-        candidate.halves[i] = known ? other->halves[i] : CodeHalf(pixels, first + i, bases[i]);
+        const auto& values = bases.values[first + i];
+        const int32_t base[3] = {values[0][lane], values[1][lane], values[2][lane]};
+        const bool known = other != nullptr && other->halves[i].HasBase(base);
+        candidate.halves[i] = known ? other->halves[i] : CodeHalf(pixels, first + i, base);
     }
     return candidate;
 }
@@ -198,21 +178,20 @@ inline Etc1Pixels PixelsOf(const Tile& tile) {
     return pixels;
 }
 
-/// Encodes one tile; false where only the plain encoder can decide.
-inline bool EncodeEtc1Tile(const Tile& tile, uint8_t* block) {
+/// Encodes one tile, whose base colours stand in a lane; false where only the plain encoder can decide.
+inline bool EncodeEtc1Tile(const Tile& tile, const Etc1Bases& averageBases, const Etc1Bases& combinedBases,
+                           size_t lane, uint8_t* block) {
     const Etc1Pixels pixels = PixelsOf(tile);
-    const Etc1Averages averages = AverageHalves(tile);
     Etc1Choice average;
-    const Etc1Codes nearest = QuantizeNearest(averages);
-    const Etc1Candidate averageUnflipped = CodeOrientation(pixels, nearest, false, nullptr);
+    const Etc1Candidate averageUnflipped = CodeOrientation(pixels, averageBases, lane, false, nullptr);
     const Etc1Candidate averageFlipped =
-        CodeOrientation(pixels, nearest, true, pixels.flat ? &averageUnflipped : nullptr);
+        CodeOrientation(pixels, averageBases, lane, true, pixels.flat ? &averageUnflipped : nullptr);
     ChooseOrientation(pixels, averageUnflipped, averageFlipped, average);
     Etc1Choice combined;
-    const Etc1Codes codes = QuantizeCombined(averages);
-    const Etc1Candidate combinedUnflipped = CodeOrientation(pixels, codes, false, &averageUnflipped);
-    const Etc1Candidate combinedFlipped =
-        CodeOrientation(pixels, codes, true, pixels.flat ? &combinedUnflipped : &averageFlipped);
+    const Etc1Candidate combinedUnflipped =
+        CodeOrientation(pixels, combinedBases, lane, false, &averageUnflipped);
+    const Etc1Candidate combinedFlipped = CodeOrientation(pixels, combinedBases, lane, true,
+                                                          pixels.flat ? &combinedUnflipped : &averageFlipped);
     ChooseOrientation(pixels, combinedUnflipped, combinedFlipped, combined);
 
     const int32_t gain = average.candidate->Error() - combined.candidate->Error();
@@ -230,8 +209,18 @@ inline bool EncodeEtc1Tile(const Tile& tile, uint8_t* block) {
 }
 
 inline void EncodeEtc1OnVectors(const Tile* tiles, size_t count, uint8_t* blocks, size_t stride) {
+    I32 words[16];
+    Etc1Bases averageBases;
+    Etc1Bases combinedBases;
     for (size_t i = 0; i < count; ++i) {
-        if (!EncodeEtc1Tile(tiles[i], blocks + i * stride)) {
+        const size_t lane = i % kLanes;
+        if (lane == 0) {
+            LoadTileGroup(tiles + i, count - i, words);
+            const Etc1Averages averages = AverageHalves(words);
+            ChooseBases<NearestCodes>(averages, averageBases);
+            ChooseBases<CombinedCodes>(averages, combinedBases);
+        }
+        if (!EncodeEtc1Tile(tiles[i], averageBases, combinedBases, lane, blocks + i * stride)) {
             kScalarKernels.encodeEtc1(tiles + i, 1, blocks + i * stride, stride);
         }
     }

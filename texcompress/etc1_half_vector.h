@@ -8,11 +8,17 @@
 #define ZORVAN_TEXCOMPRESS_ETC1_HALF_VECTOR_H
 
 #include "texcompress/etc1_encode.h"
-#include "texcompress/etc1_quantize_vector.h"
+#include "texcompress/tile.h"
 #include "texcompress/vector_types.h"
 
 namespace zorvan::texcompress {
 namespace {
+
+/// The pixels of the left, right, top and bottom half, in the order in which errors are summed.
+constexpr uint8_t kEtc1Halves[4][8] = {{0, 1, 4, 5, 8, 9, 12, 13},
+                                       {2, 3, 6, 7, 10, 11, 14, 15},
+                                       {0, 1, 2, 3, 4, 5, 6, 7},
+                                       {8, 9, 10, 11, 12, 13, 14, 15}};
 
 constexpr int32_t kEtc1Weights[3] = {299, 587, 114};
 

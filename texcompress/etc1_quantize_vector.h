@@ -1,83 +1,81 @@
-// Base colours of ETC1 blocks on vectors: all halves in both code sizes at once, with the operations of
-// etc1_quantize.cpp in their order. See vector_types.h for how it is compiled.
+// Base colours of ETC1 blocks on vectors, one tile per lane, with the operations of etc1_quantize.cpp in
+// their order. See vector_types.h for how it is compiled.
 #ifndef ZORVAN_TEXCOMPRESS_ETC1_QUANTIZE_VECTOR_H
 #define ZORVAN_TEXCOMPRESS_ETC1_QUANTIZE_VECTOR_H
 
-#include "texcompress/tile.h"
+#include "texcompress/tile_group_vector.h"
 #include "texcompress/vector_types.h"
 
 namespace zorvan::texcompress {
 namespace {
 
-/// The pixels of the left, right, top and bottom half, in the order in which errors are summed.
-constexpr uint8_t kEtc1Halves[4][8] = {{0, 1, 4, 5, 8, 9, 12, 13},
-                                       {2, 3, 6, 7, 10, 11, 14, 15},
-                                       {0, 1, 2, 3, 4, 5, 6, 7},
-                                       {8, 9, 10, 11, 12, 13, 14, 15}};
-
-/// Entries 0..3 belong to the halves with codes of 5 bits, 4..7 to those with codes of 4 bits.
+/// Average red, green and blue of the left, right, top and bottom halves.
 struct Etc1Averages {
-    alignas(32) float channels[3][8];
-};
-struct Etc1Codes {
-    alignas(32) int32_t channels[3][8];
+    F32 halves[4][3];
 };
 
-constexpr float kEtc1Largest[8] = {31, 31, 31, 31, 15, 15, 15, 15};
-constexpr float kEtc1Distance[8] = {8.225806f, 8.225806f, 8.225806f, 8.225806f, 17, 17, 17, 17};
-/// An expanded code is this multiple of the code, rounded down: 8 code + code / 4, and 17 code.
-constexpr float kEtc1Expansion[8] = {8.25f, 8.25f, 8.25f, 8.25f, 17, 17, 17, 17};
+/// Base colours of the halves, as in Etc1Averages, and the bits of the first word for either orientation,
+/// without tables.
+struct Etc1Bases {
+    alignas(32) int32_t values[4][3][kLanes];
+    alignas(32) uint32_t bits[2][kLanes];
+};
 
-inline Etc1Averages AverageHalves(const Tile& tile) {
-    // Sums of quarters of the tile, three to a word.
-    uint64_t quarters[4] = {};
+/// One code size. An expanded code is the code times the expansion, rounded down: 8 code + code / 4 for
+/// five bits, 17 code for four.
+struct Etc1CodeSize {
+    float largest, distance, expansion;
+
+    [[gnu::always_inline]] F32 Expand(const F32& codes) const { return ToFloat(ToInt(codes * expansion)); }
+};
+
+constexpr Etc1CodeSize kEtc1FiveBits{31.0f, 8.225806f, 8.25f};
+constexpr Etc1CodeSize kEtc1FourBits{15.0f, 17.0f, 17.0f};
+
+inline Etc1Averages AverageHalves(const I32 (&words)[16]) {
+    I32 redBlue[4] = {};
+    I32 green[4] = {};
     for (int k = 0; k < 16; ++k) {
-        const uint64_t word = tile.pixels[k];
-        quarters[k / 8 * 2 + k % 4 / 2] += (word & 0xFF00FF) | (word & 0xFF00) << 24;
+        const int quarter = k / 8 * 2 + k % 4 / 2;
+        redBlue[quarter] += words[k] & 0xFF00FF;
+        green[quarter] += words[k] >> 8 & 255;
     }
-    const uint64_t sums[4] = {quarters[0] + quarters[2], quarters[1] + quarters[3], quarters[0] + quarters[1],
-                              quarters[2] + quarters[3]};
+    constexpr int kQuarters[4][2] = {{0, 2}, {1, 3}, {0, 1}, {2, 3}};
     Etc1Averages averages;
-    for (int i = 0; i < 8; ++i) {
-        const uint64_t sum = sums[i % 4];
-        averages.channels[0][i] = static_cast<float>(static_cast<int32_t>(sum & 0xFFFF)) / 8.0f;
-        averages.channels[1][i] = static_cast<float>(static_cast<int32_t>(sum >> 32)) / 8.0f;
-        averages.channels[2][i] = static_cast<float>(static_cast<int32_t>(sum >> 16 & 0xFFFF)) / 8.0f;
+    for (int half = 0; half < 4; ++half) {
+        const auto& [first, second] = kQuarters[half];
+        const I32 sum = redBlue[first] + redBlue[second];
+        averages.halves[half][0] = ToFloat(sum & 0xFFFF) / 8.0f;
+        averages.halves[half][1] = ToFloat(green[first] + green[second]) / 8.0f;
+        averages.halves[half][2] = ToFloat(sum >> 16) / 8.0f;
     }
     return averages;
 }
 
 /// The nearest codes; see Quantize555Nearest and Quantize444Nearest.
-inline Etc1Codes QuantizeNearest(const Etc1Averages& averages) {
-    Etc1Codes codes;
-    for (int c = 0; c < 3; ++c) {
-        for (int i = 0; i < 8; i += kLanes) {
-            const auto value = LoadVector<F32>(averages.channels[c] + i);
-            const F32 scaled = value * LoadVector<F32>(kEtc1Largest + i) / 255.0f + 0.5f;
-            StoreVector(codes.channels[c] + i, ToInt(scaled));
+struct NearestCodes {
+    [[gnu::always_inline]] static void Quantize(const F32 (&average)[3], const Etc1CodeSize& size,
+                                                I32 (&codes)[3]) {
+        for (int c = 0; c < 3; ++c) {
+            codes[c] = ToInt(average[c] * size.largest / 255.0f + 0.5f);
         }
     }
-    return codes;
-}
+};
 
 /// The codes whose errors differ least; see quantize555ColorCombinedPerceptual and the form for 4 bits.
-inline Etc1Codes QuantizeCombined(const Etc1Averages& averages) {
-    // Which channels (red 1, green 2, blue 4) take the higher code, in the order of the candidates.
-    constexpr int kCandidates[8] = {0, 1, 2, 4, 3, 5, 6, 7};
-    Etc1Codes codes;
-    for (int i = 0; i < 8; i += kLanes) {
-        F32 lower[3];
-        F32 higher[3];
+struct CombinedCodes {
+    static void Quantize(const F32 (&average)[3], const Etc1CodeSize& size, I32 (&codes)[3]) {
+        // Which channels (red 1, green 2, blue 4) take the higher code, in the order of the candidates.
+        constexpr int kCandidates[8] = {0, 1, 2, 4, 3, 5, 6, 7};
+        F32 options[3][2];
         F32 errors[3][2];
         for (int c = 0; c < 3; ++c) {
-            const auto average = LoadVector<F32>(averages.channels[c] + i);
-            const auto expansion = LoadVector<F32>(kEtc1Expansion + i);
-            lower[c] = ToFloat(ToInt(average / LoadVector<F32>(kEtc1Distance + i)));
-            higher[c] = Min(lower[c] + 1.0f, LoadVector<F32>(kEtc1Largest + i));
-            errors[c][0] = ToFloat(ToInt(lower[c] * expansion)) - average;
-            errors[c][1] = ToFloat(ToInt(higher[c] * expansion)) - average;
+            options[c][0] = ToFloat(ToInt(average[c] / size.distance));
+            options[c][1] = Min(options[c][0] + 1.0f, F32{} + size.largest);
+            errors[c][0] = size.Expand(options[c][0]) - average[c];
+            errors[c][1] = size.Expand(options[c][1]) - average[c];
         }
-        F32 best{};
+        F32 best = F32{} + 1e9f;
         I32 choice{};
         for (const int candidate : kCandidates) {
             const F32 red = errors[0][candidate & 1];
@@ -88,19 +86,51 @@ inline Etc1Codes QuantizeCombined(const Etc1Averages& averages) {
             const F32 greenBlue = green - blue;
             const F32 cost = 0.175513f * (redGreen * redGreen) + 0.034086f * (redBlue * redBlue) +
                              0.066918f * (greenBlue * greenBlue);
-            if (candidate == 0) {
-                best = cost;
-                continue;
-            }
             choice = Select(I32(cost < best), I32{} + candidate, choice);
             best = Min(cost, best);
         }
         for (int c = 0; c < 3; ++c) {
             const I32 takesHigher = (choice & 1 << c) != 0;
-            StoreVector(codes.channels[c] + i, ToInt(takesHigher ? higher[c] : lower[c]));
+            codes[c] = ToInt(takesHigher ? options[c][1] : options[c][0]);
         }
     }
-    return codes;
+};
+
+/// Base colours and bits of one orientation, in differential mode where the codes allow it.
+template <typename Codes>
+inline void ChooseBases(const Etc1Averages& averages, int orientation, Etc1Bases& bases) {
+    const F32(&first)[3] = averages.halves[2 * orientation];
+    const F32(&second)[3] = averages.halves[2 * orientation + 1];
+    I32 fives[2][3];
+    Codes::Quantize(first, kEtc1FiveBits, fives[0]);
+    Codes::Quantize(second, kEtc1FiveBits, fives[1]);
+    I32 fits = I32{} - 1;
+    for (int c = 0; c < 3; ++c) {
+        const I32 difference = fives[1][c] - fives[0][c];
+        fits &= (difference >= -4) & (difference <= 3);
+    }
+    I32 fours[2][3] = {};
+    if (AnyLane(~fits)) {
+        Codes::Quantize(first, kEtc1FourBits, fours[0]);
+        Codes::Quantize(second, kEtc1FourBits, fours[1]);
+    }
+    I32 bits = (fits & 2) + orientation;
+    for (int c = 0; c < 3; ++c) {
+        const I32 differential = fives[0][c] << 3 | ((fives[1][c] - fives[0][c]) & 7);
+        const I32 individual = fours[0][c] << 4 | fours[1][c];
+        bits |= Select(fits, differential, individual) << (24 - 8 * c);
+        for (int i = 0; i < 2; ++i) {
+            const I32 expanded = fives[i][c] << 3 | fives[i][c] >> 2;
+            StoreVector(bases.values[2 * orientation + i][c], Select(fits, expanded, fours[i][c] * 17));
+        }
+    }
+    StoreVector(bases.bits[orientation], bits);
+}
+
+template <typename Codes>
+[[gnu::noinline]] inline void ChooseBases(const Etc1Averages& averages, Etc1Bases& bases) {
+    ChooseBases<Codes>(averages, 0, bases);
+    ChooseBases<Codes>(averages, 1, bases);
 }
 
 }  // namespace
