@@ -83,27 +83,36 @@ struct ColumnPlane {
     }
 }
 
+/// The first of some equally good tables, a bit each in `tied`, by the doubles of the plain encoder.
+[[gnu::noinline]] inline uint32_t BreakTie(const Etc1Pixels& pixels, int half, const Rgb& base,
+                                           uint32_t tied) {
+    auto bestTable = static_cast<uint32_t>(__builtin_ctz(tied));
+    double best = HalfErrorOfTable(*pixels.tile, half, base, bestTable);
+    for (uint32_t table = bestTable + 1; table < 8 && best > 0.0; ++table) {
+        if ((tied >> table & 1) != 0) {
+            const double error = HalfErrorOfTable(*pixels.tile, half, base, table);
+            bestTable = error < best ? table : bestTable;
+            best = error < best ? error : best;
+        }
+    }
+    return bestTable;
+}
+
 /// The best table for a base colour, the first of equally good ones.
 inline Etc1Half CodeHalf(const Etc1Pixels& pixels, int half, const int32_t (&base)[3]) {
     alignas(32) int32_t errors[8];
     EvaluateTables(pixels, half, base, errors);
-    Etc1Half code{{base[0], base[1], base[2]}, errors[0], 0};
-    bool tied = false;
-    for (uint32_t table = 1; table < 8; ++table) {
-        tied = errors[table] < code.error ? false : tied || errors[table] == code.error;
-        code.table = errors[table] < code.error ? table : code.table;
-        code.error = errors[table] < code.error ? errors[table] : code.error;
+    int32_t best = errors[0];
+    for (const int32_t error : errors) {
+        best = error < best ? error : best;
     }
-    if (!tied) {
-        return code;
+    uint32_t tied = 0;
+    for (int table = 0; table < 8; ++table) {
+        tied |= (errors[table] == best ? 1u : 0u) << table;
     }
-    double best = HalfErrorOfTable(*pixels.tile, half, code.PlainBase(), code.table);
-    for (uint32_t table = code.table + 1; table < 8; ++table) {
-        if (best > 0.0 && errors[table] == code.error) {
-            const double error = HalfErrorOfTable(*pixels.tile, half, code.PlainBase(), table);
-            code.table = error < best ? table : code.table;
-            best = error < best ? error : best;
-        }
+    Etc1Half code{{base[0], base[1], base[2]}, best, static_cast<uint32_t>(__builtin_ctz(tied))};
+    if ((tied & (tied - 1)) != 0) {
+        code.table = BreakTie(pixels, half, code.PlainBase(), tied);
     }
     return code;
 }
