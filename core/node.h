@@ -92,13 +92,14 @@ class ZORVAN_CORE_API Node : public Referenced {
   protected:
     // For the properties' constructors: not yet registered.
     PropertyList& OwnProperties() { return properties_; }
+    // Counts a change of the subtree below this node, here and in all ancestors.
+    void TreeChanged();
 
     RealFixed effectiveOpacity_ = kOne<RealFixed>;
 
   private:
     static void RegisterOwner(void* owner) { static_cast<Node*>(owner)->RegisterProperties(); }
     bool Insert(Node* child, uint32_t index);
-    void TreeChanged();
 
     PropertyList properties_;
     Node* parent_ = nullptr;

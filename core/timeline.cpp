@@ -104,7 +104,7 @@ void Timeline::SetCamera(Camera* camera) {
     if (camera_) {
         camera_->SetParent(this);
     }
-    bound_ = false;
+    TreeChanged();  // tracks of this timeline and of those above it may move the camera
 }
 
 bool Timeline::AttachAndUpdate(Node* node) {

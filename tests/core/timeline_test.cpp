@@ -261,5 +261,16 @@ TEST_F(TrackTest, FollowsNodesInAndOutOfTheTree) {
     EXPECT_EQ(static_cast<FakeSprite*>(FindNode(copy.Get(), "s"))->opacity.Get(), Fix(0.5));
 }
 
+TEST_F(TrackTest, FollowsCamerasOfNestedTimelines) {
+    RefT<FakeTimeline> timeline = Load(R"(
+        {"node": "d", "property": "opacity", "keys": [{"frame": 0, "value": 0}, {"frame": 10, "value": 1}]})");
+    timeline->Update(device, AtFrame(1));
+    RefT<FakeCamera> other(new FakeCamera);
+    other->name = "d";
+    static_cast<FakeTimeline*>(FindNode(timeline.Get(), "t"))->SetCamera(other.Get());  // the old one goes
+    timeline->Update(device, AtFrame(5));
+    EXPECT_EQ(other->opacity.Get(), Fix(0.5));
+}
+
 }  // namespace
 }  // namespace zorvan::test
