@@ -26,7 +26,7 @@ int64_t FloorModulo(int64_t value, int64_t divisor) {
 // Positions and lengths in 1/65536 frames; a length of 0 folds nothing.
 int64_t Fold(int64_t position, int64_t length, uint32_t mode) {
     if (length <= 0) {
-        return std::max<int64_t>(position, 0);
+        return std::clamp<int64_t>(position, 0, INT64_MAX / kFrame);  // room for its seconds
     }
     switch (mode) {
         case PlaybackMode::Loop:

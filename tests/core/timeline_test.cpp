@@ -55,6 +55,15 @@ TEST(Timeline, ShowsWholeFramesAtCutTimes) {
     // Without a length the frame stays at what its type holds.
     timeline->Update(device, Fix(32767));
     EXPECT_EQ(timeline->GetFrame().raw, INT32_MAX);
+    // Nor does the longest run at the highest rate leave it.
+    constexpr RealFixed kLast = RealFixed::FromRaw(INT32_MAX);
+    constexpr RealFixed kFirst = RealFixed::FromRaw(INT32_MIN);
+    timeline->rate.Set(kLast);
+    timeline->start.Set(kFirst);
+    timeline->Update(device, kFirst);
+    timeline->SetFrame(kLast);
+    timeline->Update(device, kLast);
+    EXPECT_EQ(timeline->GetFrame().raw, INT32_MAX);
 }
 
 TEST(Timeline, StopsAndGoesOn) {
