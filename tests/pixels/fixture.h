@@ -1,25 +1,17 @@
 // A device on an off-screen surface, with a camera whose units are pixels.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <memory>
+#include <GLES2/gl2.h>
 
 #include "graphics/camera.h"
 #include "graphics/device.h"
-#include "objects/sprite.h"
-#include "objects/texture.h"
 #include "shaders/shader.h"
-#include "tests/empty_reader.h"
 #include "tests/pixels/surface.h"
+#include "tests/plugin/objects.h"
 
 namespace zorvan {
 
 using Color = ColorT<RealFixed>;
-
-constexpr RealFixed Real(int value) {
-    return RealFixed::FromInt(value);
-}
 
 // k / 255, rounded to 16.16 so that it lands on the byte k.
 constexpr RealFixed Byte(int k) {
@@ -77,27 +69,16 @@ class PixelTest : public testing::Test {
     }
 
     static RefT<SpriteGL> MakeSprite(int x, int y, int width, int height, Color const& color = {}) {
-        RefT<SpriteGL> sprite(new SpriteGL);
+        RefT<SpriteGL> sprite = zorvan::MakeSprite(width, height);
         sprite->position.Set({Real(x), Real(y), RealFixed{}});
-        sprite->width.Set(width);
-        sprite->height.Set(height);
         sprite->color.Set(color);
-        EmptyReader reader;
-        EXPECT_TRUE(sprite->Load(reader));
         return sprite;
     }
     static RefT<TextureGL> MakeTexture(uint32_t format, int width, int height,
                                        std::vector<uint8_t> const& bytes) {
-        RefT<TextureGL> texture(new TextureGL);
-        texture->format.Set(format);
-        texture->width.Set(width);
-        texture->height.Set(height);
-        texture->usedWidth.Set(width);
-        texture->usedHeight.Set(height);
-        const auto size = static_cast<uint32_t>(bytes.size());
-        EXPECT_TRUE(texture->SizePixelStore(size));
+        RefT<TextureGL> texture = zorvan::MakeTexture(format, width, height);
+        EXPECT_EQ(texture->pixels.size, bytes.size());
         std::copy(bytes.begin(), bytes.end(), texture->pixels.data);
-        texture->levels.Append({static_cast<uint32_t>(width), static_cast<uint32_t>(height), 0, size});
         return texture;
     }
 

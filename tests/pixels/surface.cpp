@@ -61,22 +61,8 @@ Surface::~Surface() {
 }
 
 void Surface::Read() {
-    pixels_.resize(static_cast<size_t>(width_) * static_cast<size_t>(height_) * 4);
+    pixels_.resize(static_cast<size_t>(width_) * static_cast<size_t>(height_));
     glReadPixels(0, 0, width_, height_, GL_RGBA, GL_UNSIGNED_BYTE, pixels_.data());
-}
-
-std::array<uint8_t, 4> Surface::BytesAt(int x, int y) const {
-    uint8_t const* at = &pixels_[static_cast<size_t>((height_ - 1 - y) * width_ + x) * 4];
-    return {at[0], at[1], at[2], at[3]};
-}
-
-Pixel Surface::At(int x, int y) const {
-    Pixel pixel{};
-    const std::array<uint8_t, 4> bytes = BytesAt(x, y);
-    for (size_t i = 0; i < 4; ++i) {
-        pixel.channels[i] = bytes[i] / 255.0;
-    }
-    return pixel;
 }
 
 }  // namespace zorvan

@@ -11,9 +11,7 @@ namespace zorvan {
 // Channel bits: red, green, blue, alpha.
 using ChannelBits = std::array<int, 4>;
 
-struct Pixel {
-    std::array<double, 4> channels;  // 0 to 1
-};
+using Bytes = std::array<uint8_t, 4>;
 
 class Surface {
   public:
@@ -26,10 +24,7 @@ class Surface {
     // Fetches what was drawn.
     void Read();
     // From the last Read; x and y from the top left.
-    Pixel At(int x, int y) const;
-    std::array<uint8_t, 4> BytesAt(int x, int y) const;
-    int Width() const { return width_; }
-    int Height() const { return height_; }
+    Bytes At(int x, int y) const { return pixels_[static_cast<size_t>((height_ - 1 - y) * width_ + x)]; }
 
   private:
     Surface(int width, int height) : width_(width), height_(height) {}
@@ -37,7 +32,7 @@ class Surface {
     int width_, height_;
     void* surface_ = nullptr;
     void* context_ = nullptr;
-    std::vector<uint8_t> pixels_;
+    std::vector<Bytes> pixels_;
 };
 
 }  // namespace zorvan

@@ -119,10 +119,10 @@ TEST_F(TextPixels, EqualTheTwoPasses) {
                                          {1, 180 / 255.0, 60 / 255.0}, opacity / 65536.0);
             int wrong = 0;
             for (int i = 0; i < kSize * kSize; ++i) {
-                const Pixel pixel = surface->At(i % kSize, i / kSize);
+                const Bytes pixel = surface->At(i % kSize, i / kSize);
                 for (size_t c = 0; c < 3; ++c) {
                     Channel const& want = expected[static_cast<size_t>(i)][c];
-                    wrong += std::abs(pixel.channels[c] - want.value) > want.slack ? 1 : 0;
+                    wrong += std::abs(pixel[c] / 255.0 - want.value) > want.slack ? 1 : 0;
                 }
             }
             EXPECT_EQ(wrong, 0);

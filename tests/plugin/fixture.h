@@ -3,56 +3,62 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <map>
+#include <numeric>
 
 #include "graphics/camera.h"
 #include "graphics/device.h"
-#include "objects/sprite.h"
-#include "objects/texture.h"
 #include "shaders/shader.h"
-#include "tests/empty_reader.h"
+#include "tests/plugin/objects.h"
 #include "tests/plugin/traces.h"
 #include "tests/recording_gl/recording_gl.h"
 
 namespace zorvan {
 
 using Lines = std::vector<std::string>;
+using recording_gl::script;
 
-inline void AppendLines(Lines& lines, Lines const& more) {
-    lines.insert(lines.end(), more.begin(), more.end());
+inline std::string Replaced(std::string text, std::string const& from, std::string const& to) {
+    for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
+        text.replace(at, from.size(), to);
+    }
+    return text;
 }
 
-// The calls that build a program from one vertex text and fragmentCount fragment texts.
-inline Lines BuildLines(int program, int vertexShader, size_t fragmentCount = 1) {
-    const std::string p = std::to_string(program);
-    const std::string v = std::to_string(vertexShader);
-    const std::string f = std::to_string(vertexShader + 1);
-    return {"glCreateShader(GL_VERTEX_SHADER)",
-            "glShaderSource(" + v + ", 1, *, null)",
-            "glCompileShader(" + v + ")",
-            "glGetShaderiv(" + v + ", GL_COMPILE_STATUS, *)",
-            "glCreateShader(GL_FRAGMENT_SHADER)",
-            "glShaderSource(" + f + ", " + std::to_string(fragmentCount) + ", *, null)",
-            "glCompileShader(" + f + ")",
-            "glGetShaderiv(" + f + ", GL_COMPILE_STATUS, *)",
-            "glCreateProgram()",
-            "glAttachShader(" + p + ", " + v + ")",
-            "glAttachShader(" + p + ", " + f + ")",
-            "glLinkProgram(" + p + ")",
-            "glDeleteShader(" + v + ")",
-            "glDeleteShader(" + f + ")",
-            "glGetProgramiv(" + p + ", GL_LINK_STATUS, *)",
-            "glGetAttribLocation(" + p + ", \"a_vPosition\")",
-            "glGetAttribLocation(" + p + ", \"a_vTexCoord\")",
-            "glGetUniformLocation(" + p + ", \"u_sBaseTexture\")",
-            "glGetUniformLocation(" + p + ", \"u_mModelViewProj\")",
-            "glGetUniformLocation(" + p + ", \"u_vColor\")"};
+// Calls that stand in one literal, as in "glClear(0x4500); glFlush()", one on each line.
+inline std::string Calls(std::string const& text) {
+    return Replaced(text, "; ", "\n");
 }
 
-// Of the device's own solid program: those of the tests come after.
-inline constexpr int kNextProgram = 2;
-inline constexpr int kNextShader = 103;
+inline std::string TextsOf(std::vector<recording_gl::Call> const& calls) {
+    std::string text;
+    for (recording_gl::Call const& call : calls) {
+        text += (text.empty() ? "" : "\n") + call.text;
+    }
+    return text;
+}
+
+// The calls since the last look.
+inline std::string Taken() {
+    return TextsOf(recording_gl::TakeCalls());
+}
+
+constexpr char kLookUp[] =
+    "glGetAttribLocation($p, \"a_vPosition\"); glGetAttribLocation($p, \"a_vTexCoord\"); "
+    "glGetUniformLocation($p, \"u_sBaseTexture\"); glGetUniformLocation($p, \"u_mModelViewProj\"); "
+    "glGetUniformLocation($p, \"u_vColor\")";
+
+// The calls that build program 2, the first after the device's own, from one text for each shader.
+inline const std::string kBuild = Calls(Replaced(
+    "glCreateShader(GL_VERTEX_SHADER); glShaderSource(103, 1, *, null); glCompileShader(103); "
+    "glGetShaderiv(103, GL_COMPILE_STATUS, *); glCreateShader(GL_FRAGMENT_SHADER); "
+    "glShaderSource(104, 1, *, null); glCompileShader(104); glGetShaderiv(104, GL_COMPILE_STATUS, *); "
+    "glCreateProgram(); glAttachShader($p, 103); glAttachShader($p, 104); glLinkProgram($p); "
+    "glDeleteShader(103); glDeleteShader(104); glGetProgramiv($p, GL_LINK_STATUS, *); " +
+        std::string(kLookUp),
+    "$p", "2"));
 
 class RecordedTest : public testing::Test {
   protected:
@@ -68,55 +74,35 @@ class RecordedTest : public testing::Test {
         delete solid;
     }
 
-    // The calls since the last look.
-    static Lines Taken() { return recording_gl::TakeLines(); }
-
-    static RefT<SpriteGL> MakeSprite(int width, int height) {
-        RefT<SpriteGL> sprite(new SpriteGL);
-        sprite->width.Set(width);
-        sprite->height.Set(height);
-        EmptyReader reader;
-        EXPECT_TRUE(sprite->Load(reader));
-        return sprite;
-    }
-
-    // A texture of complete levels, its bytes counting up from 0.
-    static RefT<TextureGL> MakeTexture(uint32_t format, int width, int height, uint32_t levels = 1) {
-        RefT<TextureGL> texture(new TextureGL);
-        texture->format.Set(format);
-        texture->width.Set(width);
-        texture->height.Set(height);
-        texture->usedWidth.Set(width);
-        texture->usedHeight.Set(height);
-        List<TextureLevel> table;
-        uint32_t offset = 0;
-        for (uint32_t i = 0; i < levels; ++i) {
-            const auto w = static_cast<uint32_t>(width) >> i;
-            const auto h = static_cast<uint32_t>(height) >> i;
-            const uint32_t size = TextureDataSize(format, w, h);
-            table.Append({w, h, offset, size});
-            offset += size;
-        }
-        EXPECT_TRUE(texture->SizePixelStore(offset));
-        for (uint32_t i = 0; i < offset; ++i) {
-            texture->pixels.data[i] = static_cast<uint8_t>(i);
-        }
-        texture->levels = table;
-        return texture;
+    void Update(Node& node) { node.Update(*device, RealFixed{}); }
+    static std::vector<uint8_t> Bytes(Texture const& texture) {
+        return {texture.pixels.data, texture.pixels.data + texture.pixels.size};
     }
 
     std::unique_ptr<GraphicsDeviceGL> device = std::make_unique<GraphicsDeviceGL>();
 };
 
-constexpr RealFixed Real(int value) {
-    return RealFixed::FromInt(value);
-}
+// Logs the device operations that bracket a drawing.
+class LoggingDevice : public GraphicsDeviceGL {
+  public:
+    void PushMasks(List<Mask*>& masks) override { Log("PushMasks ", masks.Count()); }
+    void PopMasks(List<Mask*>& masks) override { Log("PopMasks ", masks.Count()); }
+    void PushCamera(Camera*) override { log += "PushCamera; "; }
+    void PopCamera() override { log += "PopCamera; "; }
+    void PushCameraDepth(bool depth) override { Log("PushCameraDepth ", depth); }
+    void PopCameraDepth(bool depth) override { Log("PopCameraDepth ", depth); }
+    void SetCameraDepth(bool depth) override { Log("SetCameraDepth ", depth); }
+    std::string log;
 
-inline std::array<int32_t, 16> RawElements(Matrix4T<RealFixed> const& matrix) {
-    std::array<int32_t, 16> raw;
-    for (size_t i = 0; i < raw.size(); ++i) {
-        raw[i] = matrix.m[i].raw;
-    }
+  private:
+    void Log(char const* name, uint32_t value) { log += name + std::to_string(value) + "; "; }
+};
+
+using Elements = std::array<int32_t, 16>;
+
+inline Elements RawElements(Matrix4T<RealFixed> const& matrix) {
+    Elements raw;
+    std::transform(matrix.m, matrix.m + 16, raw.begin(), [](RealFixed element) { return element.raw; });
     return raw;
 }
 

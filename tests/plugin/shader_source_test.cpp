@@ -14,6 +14,8 @@
 namespace zorvan {
 namespace {
 
+using Strings = std::vector<std::string>;
+
 // One text without the tabs that pad its lines.
 std::string Unpadded(std::string const& text) {
     std::string result;
@@ -26,91 +28,67 @@ std::string Unpadded(std::string const& text) {
     return result;
 }
 
-std::vector<std::string> Texts(ShaderSource const& source) {
-    std::vector<std::string> texts;
+Strings Texts(ShaderSource const& source) {
+    Strings texts;
     for (uint32_t i = 0; i < source.Count(); ++i) {
         texts.push_back(Unpadded(source[i]));
     }
     return texts;
 }
 
-template <typename Source>
-std::vector<std::string> Generate(std::initializer_list<unsigned int> modes) {
+List<unsigned int> Modes(std::initializer_list<unsigned int> modes) {
     List<unsigned int> list;
     for (const unsigned int mode : modes) {
         list.Append(mode);
     }
-    return Texts(Source(list));
+    return list;
 }
 
-using Strings = std::vector<std::string>;
-
-const std::string kHeader =
-    "#ifdef GL_FRAGMENT_PRECISION_HIGH\n"
-    "   precision highp float;\n"
-    "#else\n"
-    "   precision mediump float;\n"
-    "#endif\n";
-const std::string kVertexBody =
-    "void main()\n"
-    "{\n"
-    "    vec4 pos = u_mModelViewProj * a_vPosition;\n"
-    "    gl_Position = pos / pos.w;\n";
-const std::string kSolidHeader = kHeader +
-                                 "uniform vec4 u_vColor;\n"
-                                 "\n"
-                                 "void main()\n"
-                                 "{\n";
-const std::string kSolidComplete = kSolidHeader + "    gl_FragColor = u_vColor;\n}\n";
-const std::string kSolidHead = kSolidHeader + "    vec4 vOutColor = u_vColor;\n";
-const std::string kSolidTail = "    gl_FragColor = vOutColor;\n}\n";
-const std::string kTextHeader = kHeader +
-                                "uniform vec4 u_vColor;\n"
-                                "uniform sampler2D u_sBaseTexture;\n"
-                                "varying vec2 v_vTexCoord;\n"
-                                "\n"
-                                "void main()\n"
-                                "{\n";
-const std::string kTextComplete =
-    kTextHeader + "    gl_FragColor = texture2D(u_sBaseTexture, v_vTexCoord)*u_vColor;\n}\n";
-const std::string kTextHead = kTextHeader +
-                              "    vec4 l_vFontColor = texture2D(u_sBaseTexture, v_vTexCoord);\n"
-                              "    l_vFontColor.a = 1.0;\n"
-                              "    vec4 vInColor = l_vFontColor*u_vColor;\n"
-                              "    vec4 vOutColor = gl_FragColor;\n";
+const std::string kVertexBody = R"(void main()
+{
+    vec4 pos = u_mModelViewProj * a_vPosition;
+    gl_Position = pos / pos.w;
+)";
+const std::string kHeader = R"(#ifdef GL_FRAGMENT_PRECISION_HIGH
+   precision highp float;
+#else
+   precision mediump float;
+#endif
+uniform vec4 u_vColor;
+)";
+const std::string kSolidHeader = kHeader + "\nvoid main()\n{\n";
+const std::string kSampler = "uniform sampler2D u_sBaseTexture;\nvarying vec2 v_vTexCoord;\n";
+const std::string kTextHeader = kHeader + kSampler + "\nvoid main()\n{\n";
+const std::string kTextHead = kTextHeader + R"(    vec4 l_vFontColor = texture2D(u_sBaseTexture, v_vTexCoord);
+    l_vFontColor.a = 1.0;
+    vec4 vInColor = l_vFontColor*u_vColor;
+    vec4 vOutColor = gl_FragColor;
+)";
 const std::string kTextTail = "    gl_FragColor = gl_FragColor*(1.0-u_vColor.a)+vOutColor*u_vColor.a;\n}\n";
 const std::string kPremultiply = "\tvOutColor.rgb *= vOutColor.a;\n";
 const std::string kSquareAlpha = "\tvOutColor.a *= vOutColor.a;\n";
 
 std::string SpriteFragment(std::string const& factor) {
-    return kHeader +
-           "uniform vec4 u_vColor;\n"
-           "uniform sampler2D u_sBaseTexture;\n"
-           "varying vec2 v_vTexCoord;\n"
-           "void main()\n"
-           "{\n"
-           "\tgl_FragColor = texture2D(u_sBaseTexture, v_vTexCoord)" +
+    return kHeader + kSampler + "void main()\n{\n\tgl_FragColor = texture2D(u_sBaseTexture, v_vTexCoord)" +
            factor + ";\n}\n";
 }
 
 TEST(ShaderSource, VertexTexts) {
-    EXPECT_EQ(Texts(SpriteVertexShaderSource()),
-              Strings{"attribute vec4 a_vPosition;\n"
-                      "attribute vec2 a_vTexCoord;\n"
-                      "uniform mat4    u_mModelViewProj;\n"
-                      "varying vec2    v_vTexCoord;\n" +
-                      kVertexBody + "    v_vTexCoord = a_vTexCoord;\n}\n"});
-    EXPECT_EQ(Texts(TextVertexShaderSource()), Strings{"attribute vec4 a_vPosition;\n"
-                                                       "attribute vec2 a_vTexCoord;\n"
-                                                       "varying vec2    v_vTexCoord;\n"
-                                                       "\n"
-                                                       "uniform mat4    u_mModelViewProj;\n"
-                                                       "\n" +
-                                                       kVertexBody + "    v_vTexCoord = a_vTexCoord;\n}\n"});
-    EXPECT_EQ(Texts(SolidVertexShaderSource()), Strings{"attribute vec4 a_vPosition;\n"
-                                                        "uniform mat4 u_mModelViewProj;\n"
-                                                        "\n" +
-                                                        kVertexBody + "}\n"});
+    EXPECT_EQ(Texts(SpriteVertexShaderSource()), Strings{R"(attribute vec4 a_vPosition;
+attribute vec2 a_vTexCoord;
+uniform mat4    u_mModelViewProj;
+varying vec2    v_vTexCoord;
+)" + kVertexBody + "    v_vTexCoord = a_vTexCoord;\n}\n"});
+    EXPECT_EQ(Texts(TextVertexShaderSource()), Strings{R"(attribute vec4 a_vPosition;
+attribute vec2 a_vTexCoord;
+varying vec2    v_vTexCoord;
+
+uniform mat4    u_mModelViewProj;
+
+)" + kVertexBody + "    v_vTexCoord = a_vTexCoord;\n}\n"});
+    EXPECT_EQ(
+        Texts(SolidVertexShaderSource()),
+        Strings{"attribute vec4 a_vPosition;\nuniform mat4 u_mModelViewProj;\n\n" + kVertexBody + "}\n"});
 }
 
 // Solid and text programs gather the snippets of all modes; a sprite's looks at the last one alone.
@@ -121,11 +99,11 @@ TEST(ShaderSource, FragmentTextsFollowTheModes) {
         std::string sprite;
     };
     const Case cases[] = {
-        {{0xFFFFFFFFu}, {}, SpriteFragment("*u_vColor")},
-        {{4}, {""}, SpriteFragment("*u_vColor")},
-        {{5, 29}, {kPremultiply, kSquareAlpha}, SpriteFragment("*u_vColor.a")},
-        {{37, 6, 100, 23}, {kPremultiply, ""}, SpriteFragment("")},
-        {{23, 0xFFFFFFFFu}, {""}, SpriteFragment("*u_vColor")},
+        {{0xFFFFFFFFu}, {}, "*u_vColor"},
+        {{4}, {""}, "*u_vColor"},
+        {{5, 29}, {kPremultiply, kSquareAlpha}, "*u_vColor.a"},
+        {{37, 6, 100, 23}, {kPremultiply, ""}, ""},
+        {{23, 0xFFFFFFFFu}, {""}, "*u_vColor"},
     };
     for (Case const& c : cases) {
         const auto between = [&c](std::string const& head, std::string const& tail) {
@@ -134,14 +112,20 @@ TEST(ShaderSource, FragmentTextsFollowTheModes) {
             texts.push_back(tail);
             return texts;
         };
+        const List<unsigned int> modes = Modes(c.modes);
         SCOPED_TRACE(testing::PrintToString(std::vector<unsigned int>(c.modes)));
-        EXPECT_EQ(Generate<SolidFragmentShaderSource>(c.modes), between(kSolidHead, kSolidTail));
-        EXPECT_EQ(Generate<TextFragmentShaderSource>(c.modes), between(kTextHead, kTextTail));
-        EXPECT_EQ(Generate<SpriteFragmentShaderSource>(c.modes), Strings{c.sprite});
+        EXPECT_EQ(
+            Texts(SolidFragmentShaderSource(modes)),
+            between(kSolidHeader + "    vec4 vOutColor = u_vColor;\n", "    gl_FragColor = vOutColor;\n}\n"));
+        EXPECT_EQ(Texts(TextFragmentShaderSource(modes)), between(kTextHead, kTextTail));
+        EXPECT_EQ(Texts(SpriteFragmentShaderSource(modes)), Strings{SpriteFragment(c.sprite)});
     }
-    EXPECT_EQ(Generate<SolidFragmentShaderSource>({}), Strings{kSolidComplete});
-    EXPECT_EQ(Generate<TextFragmentShaderSource>({}), Strings{kTextComplete});
-    EXPECT_EQ(Generate<SpriteFragmentShaderSource>({}), Strings{SpriteFragment("*u_vColor")});
+    EXPECT_EQ(Texts(SolidFragmentShaderSource({})),
+              Strings{kSolidHeader + "    gl_FragColor = u_vColor;\n}\n"});
+    EXPECT_EQ(
+        Texts(TextFragmentShaderSource({})),
+        Strings{kTextHeader + "    gl_FragColor = texture2D(u_sBaseTexture, v_vTexCoord)*u_vColor;\n}\n"});
+    EXPECT_EQ(Texts(SpriteFragmentShaderSource({})), Strings{SpriteFragment("*u_vColor")});
 }
 
 TEST(TransferModes, EveryRow) {
@@ -176,39 +160,26 @@ TEST(TransferModes, EveryRow) {
 
 // The list grows to the next multiple of 8 above its count.
 TEST(ShaderSource, GrowsByEights) {
-    List<unsigned int> modes;
-    for (int i = 0; i < 7; ++i) {
-        modes.Append(5);
-    }
-    const SolidFragmentShaderSource source(modes);
+    const SolidFragmentShaderSource source(Modes({5, 5, 5, 5, 5, 5, 5}));
     EXPECT_EQ(source.Count(), 9u);
     EXPECT_EQ(source.Capacity(), 16u);
     EXPECT_EQ(SolidVertexShaderSource().Capacity(), 8u);
 }
 
-TEST(ShaderSource, TracesItsFragmentsInABanner) {
-    List<unsigned int> modes;
-    modes.Append(5);
-    const SolidFragmentShaderSource source(modes);
+TEST(ShaderSource, TracesItsFragmentsAndSavesThem) {
+    SolidFragmentShaderSource source(Modes({29}));
     Traces traces;
     source.Trace();
     EXPECT_EQ(traces.Take(), (Strings{"*** Shader Source ****************************************\n",
                                       source[0], source[1], source[2], std::string(58, '*') + '\n'}));
-}
-
-TEST(ShaderSource, SavesTheConcatenation) {
-    List<unsigned int> modes;
-    modes.Append(29);
-    SolidFragmentShaderSource source(modes);
     const auto path =
         std::filesystem::temp_directory_path() /
         ("shader_source_test_" + std::to_string(testing::UnitTest::GetInstance()->random_seed()));
     ASSERT_TRUE(source.Save(MStringT<wchar_t>(path.wstring())));
     std::ifstream file(path, std::ios::binary);
-    const std::string saved(std::istreambuf_iterator<char>(file), {});
-    EXPECT_EQ(saved, std::string(source[0]) + source[1] + source[2]);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}),
+              std::string(source[0]) + source[1] + source[2]);
     std::filesystem::remove(path);
-
     EXPECT_FALSE(source.Save(MStringT<wchar_t>(L"/no/such/folder/source")));
     if (std::filesystem::exists("/dev/full")) {
         EXPECT_FALSE(source.Save(MStringT<wchar_t>(L"/dev/full")));

@@ -6,35 +6,11 @@
 namespace zorvan {
 namespace {
 
-using recording_gl::script;
-
 class ShaderTest : public RecordedTest {
   protected:
     const SolidVertexShaderSource vertex;
     const SolidFragmentShaderSource fragment{List<unsigned int>()};
     Traces traces;
-
-    // What a shader object that does not compile calls in place of its last query.
-    static void FailShader(Lines& lines, int shader, bool vertexShader) {
-        const std::string s = std::to_string(shader);
-        const auto at = lines.begin() + (vertexShader ? 4 : lines[4] == "glCreateProgram()" ? 4 : 8);
-        lines.insert(at, {"glGetShaderInfoLog(" + s + ", 1024, *, *)", "glDeleteShader(" + s + ")"});
-    }
-    static void ReplaceAll(Lines& lines, std::string const& from, std::string const& to) {
-        for (std::string& line : lines) {
-            line = line == from ? to : line;
-        }
-    }
-    // The calls of a failed link in place of the look-up of the five locations.
-    static void FailLink(Lines& lines, int program) {
-        const std::string p = std::to_string(program);
-        lines.resize(lines.size() - 5);
-        AppendLines(lines, {"glGetProgramInfoLog(" + p + ", 1024, *, *)", "glDeleteProgram(" + p + ")"});
-    }
-    static Lines SourceTrace(ShaderSource const& source) {
-        return {"*** Shader Source ****************************************\n", source[0],
-                std::string(58, '*') + '\n'};
-    }
 };
 
 TEST_F(ShaderTest, CompileBuildsAndLooksUpLocations) {
@@ -42,26 +18,19 @@ TEST_F(ShaderTest, CompileBuildsAndLooksUpLocations) {
     EXPECT_EQ(shader.program, 0u);
     ASSERT_TRUE(shader.Compile(vertex, fragment));
     std::vector<recording_gl::Call> const calls = recording_gl::TakeCalls();
-    Lines lines;
-    for (recording_gl::Call const& call : calls) {
-        lines.push_back(call.text);
-    }
-    EXPECT_EQ(lines, BuildLines(kNextProgram, kNextShader));
+    EXPECT_EQ(TextsOf(calls), kBuild);
     EXPECT_EQ(calls[1].strings, Lines{vertex[0]});
     EXPECT_EQ(calls[5].strings, Lines{fragment[0]});
-    EXPECT_EQ(shader.program, 2u);
-    EXPECT_EQ(shader.positionAttribute, 0);
-    EXPECT_EQ(shader.texCoordAttribute, -1);
-    EXPECT_EQ(shader.baseTextureUniform, -1);
-    EXPECT_EQ(shader.modelViewProjUniform, 3);
-    EXPECT_EQ(shader.colorUniform, 4);
+    EXPECT_EQ((std::array{shader.positionAttribute, shader.texCoordAttribute, shader.baseTextureUniform,
+                          shader.modelViewProjUniform, shader.colorUniform}),
+              (std::array{0, -1, -1, 3, 4}));
 
     EXPECT_TRUE(shader.Use());
     EXPECT_EQ(shader.GetGLShader(), 2u);
     shader.ReleaseGLShader();
     EXPECT_EQ(shader.program, 0u);
     shader.ReleaseGLShader();
-    EXPECT_EQ(Taken(), (Lines{"glUseProgram(2)", "glDeleteProgram(2)"}));
+    EXPECT_EQ(Taken(), Calls("glUseProgram(2); glDeleteProgram(2)"));
     EXPECT_TRUE(traces.Take().empty());
 }
 
@@ -75,18 +44,19 @@ TEST_F(ShaderTest, FragmentsStaySeparateStrings) {
     EXPECT_EQ(shader->references, 1);
     EXPECT_EQ(recording_gl::Calls()[5].text, "glShaderSource(104, 4, *, null)");
     EXPECT_EQ(recording_gl::Calls()[5].strings, (Lines{several[0], several[1], "", several[3]}));
-    recording_gl::TakeCalls();
+    Taken();
     shader = {};
-    EXPECT_EQ(Taken(), Lines{"glDeleteProgram(2)"});
+    EXPECT_EQ(Taken(), "glDeleteProgram(2)");
 }
 
-// A shader that does not compile is traced with its log and its source; the link is tried all the same.
+// A shader that does not compile is traced with its log and its source; the link is tried all the same, with
+// 0 in the shader's place.
 TEST_F(ShaderTest, CompileFailures) {
+    const std::string longLog(2000, 'x');
     struct Case {
         std::optional<std::string> vertexError, fragmentError;
         std::string linkLog;
     };
-    const std::string longLog(2000, 'x');
     const Case cases[] = {{"bad vertex", {}, "%s is no %% %n"}, {{}, "100%", "other"}, {"a", longLog, "c"}};
     for (Case const& c : cases) {
         recording_gl::Reset();
@@ -95,32 +65,35 @@ TEST_F(ShaderTest, CompileFailures) {
         script.linkError = c.linkLog;
         EXPECT_EQ(ShaderGL::Create(vertex, fragment), nullptr);
 
-        Lines lines = BuildLines(1, 101);
+        std::string calls;
+        std::string attached;
+        std::string deleted;
         Lines texts;
-        if (c.fragmentError) {
-            FailShader(lines, 102, false);
-            ReplaceAll(lines, "glAttachShader(1, 102)", "glAttachShader(1, 0)");
+        for (const bool isVertex : {true, false}) {
+            const std::string shader = isVertex ? "101" : "102";
+            std::optional<std::string> const& error = isVertex ? c.vertexError : c.fragmentError;
+            calls += Replaced(
+                "glCreateShader($t); glShaderSource($s, 1, *, null); glCompileShader($s); "
+                "glGetShaderiv($s, GL_COMPILE_STATUS, *); ",
+                "$s", shader);
+            calls = Replaced(calls, "$t", isVertex ? "GL_VERTEX_SHADER" : "GL_FRAGMENT_SHADER");
+            attached += "glAttachShader(1, " + (error ? "0" : shader) + "); ";
+            deleted += "glDeleteShader(" + (error ? "0" : shader) + "); ";
+            if (error) {
+                calls += "glGetShaderInfoLog(" + shader + ", 1024, *, *); glDeleteShader(" + shader + "); ";
+                texts.insert(
+                    texts.end(),
+                    {"Shader compile error [" + error->substr(0, 1023) + "]",
+                     isVertex ? "hVertexShader = CompileGLShader(GL_VERTEX_SHADER, shaderVertex)\n"
+                              : "hFragmentShader = CompileGLShader(GL_FRAGMENT_SHADER, shaderFragment)\n",
+                     "*** Shader Source ****************************************\n",
+                     isVertex ? vertex[0] : fragment[0], std::string(58, '*') + '\n'});
+            }
         }
-        if (c.vertexError) {
-            FailShader(lines, 101, true);
-            ReplaceAll(lines, "glAttachShader(1, 101)", "glAttachShader(1, 0)");
-            texts = {"Shader compile error [" + *c.vertexError + "]",
-                     "hVertexShader = CompileGLShader(GL_VERTEX_SHADER, shaderVertex)\n"};
-            AppendLines(texts, SourceTrace(vertex));
-        }
-        if (c.fragmentError) {
-            AppendLines(texts, {"Shader compile error [" + c.fragmentError->substr(0, 1023) + "]",
-                                "hFragmentShader = CompileGLShader(GL_FRAGMENT_SHADER, shaderFragment)\n"});
-            AppendLines(texts, SourceTrace(fragment));
-        }
-        FailLink(lines, 1);
-        // The deletions after the link name what compiled, and 0 for what did not.
-        const auto link = std::find(lines.begin(), lines.end(), "glLinkProgram(1)");
-        ASSERT_NE(link, lines.end());
-        link[1] = c.vertexError ? "glDeleteShader(0)" : "glDeleteShader(101)";
-        link[2] = c.fragmentError ? "glDeleteShader(0)" : "glDeleteShader(102)";
         texts.push_back(c.linkLog);
-        EXPECT_EQ(Taken(), lines);
+        EXPECT_EQ(Taken(), Calls(calls + "glCreateProgram(); " + attached + "glLinkProgram(1); " + deleted +
+                                 "glGetProgramiv(1, GL_LINK_STATUS, *); "
+                                 "glGetProgramInfoLog(1, 1024, *, *); glDeleteProgram(1)"));
         EXPECT_EQ(traces.Take(), texts);
     }
 }
@@ -129,87 +102,71 @@ TEST_F(ShaderTest, RefusedObjectsAreNotTraced) {
     script.refuseShaders = true;
     ShaderGL shader;
     EXPECT_EQ(shader.CompileGLShader(GL_VERTEX_SHADER, vertex), 0u);
-    EXPECT_EQ(Taken(), Lines{"glCreateShader(GL_VERTEX_SHADER)"});
     script.refusePrograms = true;
     EXPECT_FALSE(shader.CreateGLShader());
-    EXPECT_EQ(Taken(), Lines{"glCreateProgram()"});
+    EXPECT_EQ(Taken(), Calls("glCreateShader(GL_VERTEX_SHADER); glCreateProgram()"));
     EXPECT_TRUE(traces.Take().empty());
 }
 
-class BinaryTest : public ShaderTest {
-  protected:
-    BinaryTest() {
+// A program from a binary is built on first use. The process's first build fetches the entry point, later
+// ones never do.
+TEST_F(ShaderTest, Binaries) {
+    const std::string upload = "glCreateProgram(); glProgramBinaryOES($p, 0x8740, *, 5); glGetError()";
+    const std::string status = upload + "; glGetProgramiv($p, GL_LINK_STATUS, *); ";
+    const std::string built = status + kLookUp + "; glUseProgram($p)";
+    const std::string failed = status + "glGetProgramInfoLog($p, 1024, *, *); glDeleteProgram($p)";
+    // How two uses in a row go. After a GL error the handle stays: the call that failed says so, the next one
+    // takes it for a program.
+    struct Case {
+        std::optional<std::string> linkError;
+        std::deque<uint32_t> errors;
+        std::array<bool, 2> used;
+        std::array<GLuint, 2> program;
+        std::array<std::string, 2> calls;
+        Lines traced;
+    };
+    const Case cases[] = {
+        {{}, {}, {true, true}, {2, 2}, {built, "glUseProgram(2)"}, {}},
+        {"no such format",
+         {},
+         {false, false},
+         {0, 0},
+         {failed, Replaced(failed, "$p", "3")},
+         {"no such format"}},
+        {{}, {GL_INVALID_ENUM}, {false, true}, {2, 2}, {upload, "glUseProgram(2)"}, {}},
+    };
+    for (Case const& c : cases) {
+        recording_gl::Reset();
+        glCreateProgram();
+        script.linkError = c.linkError;
+        script.errors["glProgramBinaryOES"] = c.errors;
         EmptyReader reader;
         reader.numbers["identifier"] = 0x1234;
         reader.blobs["binary"] = {1, 2, 3, 4, 5};
-        EXPECT_TRUE(shader->Load(reader));
-        EXPECT_EQ(shader->identifier.Get(), 0x1234u);
-        EXPECT_TRUE(Taken().empty());
-    }
-    // A build of the process's first binary fetches the entry point; later ones never do.
-    Lines TakenAfterFetch() {
-        Lines lines = Taken();
-        std::erase(lines, "eglGetProcAddress(\"glProgramBinaryOES\")");
+        ShaderGL shader;
+        EXPECT_TRUE(shader.Load(reader));
+        EXPECT_EQ(shader.identifier.Get(), 0x1234u);
+        EXPECT_EQ(Taken(), "glCreateProgram()");
+        for (size_t i = 0; i < 2; ++i) {
+            EXPECT_EQ(shader.Use(), c.used[i]);
+            EXPECT_EQ(shader.program, c.program[i]);
+            for (recording_gl::Call const& call : recording_gl::Calls()) {
+                EXPECT_TRUE(!call.text.starts_with("glProgramBinaryOES") ||
+                            call.bytes == reader.blobs["binary"]);
+            }
+            EXPECT_EQ(Replaced(Taken(), "eglGetProcAddress(\"glProgramBinaryOES\")\n", ""),
+                      Calls(Replaced(c.calls[i], "$p", "2")));
+            EXPECT_EQ(traces.Take(), c.traced);
+        }
         EXPECT_EQ(recording_gl::AddressLookups(), 1);
-        return lines;
-    }
-    static Lines UploadLines(std::string const& p) {
-        return {"glCreateProgram()", "glProgramBinaryOES(" + p + ", 0x8740, *, 5)", "glGetError()"};
-    }
-
-    RefT<ShaderGL> shader{new ShaderGL};
-};
-
-TEST_F(BinaryTest, BuildsOnFirstUse) {
-    EXPECT_TRUE(shader->Use());
-    EXPECT_EQ(recording_gl::AddressLookups(), 1);
-    for (recording_gl::Call const& call : recording_gl::Calls()) {
-        if (call.text.starts_with("glProgramBinaryOES")) {
-            EXPECT_EQ(call.bytes, (std::vector<uint8_t>{1, 2, 3, 4, 5}));
+        // Released with a lost context, the program is built again from the binary.
+        if (c.linkError == std::nullopt) {
+            shader.ReleaseGLShader();
+            EXPECT_TRUE(shader.Use());
+            EXPECT_EQ(shader.texCoordAttribute, 1);
+            EXPECT_EQ(Taken(), Calls("glDeleteProgram(2); " + Replaced(built, "$p", "3")));
         }
     }
-    Lines expected = UploadLines("2");
-    const Lines build = BuildLines(2, 103);
-    expected.insert(expected.end(), build.end() - 6, build.end());
-    expected.push_back("glUseProgram(2)");
-    EXPECT_EQ(TakenAfterFetch(), expected);
-    EXPECT_EQ(shader->texCoordAttribute, 1);
-
-    // Released with a lost context, the program is built again from the binary, without another fetch.
-    shader->ReleaseGLShader();
-    EXPECT_TRUE(shader->Use());
-    expected.insert(expected.begin(), "glDeleteProgram(2)");
-    for (std::string& line : expected) {
-        if (const size_t at = line.find("(2"); at != std::string::npos && line != "glDeleteProgram(2)") {
-            line[at + 1] = '3';
-        }
-    }
-    EXPECT_EQ(Taken(), expected);
-}
-
-TEST_F(BinaryTest, LinkFailureIsTriedAgain) {
-    script.linkError = "no such format";
-    for (const std::string p : {"2", "3"}) {
-        EXPECT_FALSE(shader->Use());
-        Lines expected = UploadLines(p);
-        AppendLines(expected, {"glGetProgramiv(" + p + ", GL_LINK_STATUS, *)",
-                               "glGetProgramInfoLog(" + p + ", 1024, *, *)", "glDeleteProgram(" + p + ")"});
-        EXPECT_EQ(TakenAfterFetch(), expected);
-        EXPECT_EQ(shader->program, 0u);
-        EXPECT_EQ(traces.Take(), Lines{"no such format"});
-    }
-}
-
-// After a GL error the handle stays: the call that failed says so, the next one takes it for a program.
-TEST_F(BinaryTest, GLErrorKeepsTheHandle) {
-    script.errors["glProgramBinaryOES"] = {GL_INVALID_ENUM};
-    EXPECT_FALSE(shader->Use());
-    EXPECT_EQ(TakenAfterFetch(), UploadLines("2"));
-    EXPECT_EQ(shader->program, 2u);
-    EXPECT_EQ(shader->GetGLShader(), 2u);
-    EXPECT_TRUE(shader->Use());
-    EXPECT_EQ(Taken(), Lines{"glUseProgram(2)"});
-    EXPECT_TRUE(traces.Take().empty());
 }
 
 }  // namespace
