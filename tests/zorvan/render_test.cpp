@@ -338,10 +338,15 @@ double Difference(Image const& a, Image const& b) {
 }
 
 TEST_F(Render, ExamplesLookLikeTheirPictures) {
-    for (std::string name : {"hello", "transfer-modes", "camera", "crowd"}) {
+    const struct {
+        std::string name;
+        char const* time;
+    } pictures[] = {{"hello", "0"}, {"transfer-modes", "0"}, {"camera", "0"},
+                    {"crowd", "0"}, {"showcase", "4"},       {"timelines", "3"}};
+    for (auto const& [name, time] : pictures) {
         SCOPED_TRACE(name);
         const std::string scene = std::string(ZORVAN_BUILT_EXAMPLES) + "/" + name + ".json";
-        const ToolRun run = RunTool({"render", scene, Path(name + ".png")});
+        const ToolRun run = RunTool({"render", scene, Path(name + ".png"), "--time", time});
         ASSERT_EQ(run.code, 0) << run.err;
         EXPECT_EQ(run.err, "");
         Image now, documented;
