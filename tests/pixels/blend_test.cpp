@@ -1,6 +1,6 @@
 // Every transfer mode against its blend formula, on every kind of surface.
 #include <algorithm>
-#include <cmath>
+#include <map>
 
 #include "tests/pixels/fixture.h"
 
@@ -20,25 +20,17 @@ struct Mode {
 };
 
 Mode ModeOf(uint32_t number) {
-    switch (number) {
-        case 4:
-            return {GL_SRC_ALPHA, GL_ONE};
-        case 5:
-            return {GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, Snippet::Premultiply, Shading::AlphaTinted};
-        case 6:
-            return {GL_ONE_MINUS_DST_COLOR, GL_ONE, Snippet::Premultiply, Shading::AlphaTinted};
-        case 23:
-            return {GL_DST_COLOR, GL_ONE_MINUS_SRC_ALPHA, Snippet::None, Shading::Plain};
-        case 25:
-            return {GL_ONE_MINUS_DST_COLOR, GL_ONE_MINUS_SRC_COLOR, Snippet::Premultiply,
-                    Shading::AlphaTinted};
-        case 27:
-            return {GL_DST_COLOR, GL_ONE_MINUS_SRC_ALPHA};
-        case 29:
-            return {GL_SRC_ALPHA, GL_ONE, Snippet::SquareAlpha, Shading::AlphaTinted};
-        default:
-            return {};
-    }
+    static const std::map<uint32_t, Mode> modes = {
+        {4, {GL_SRC_ALPHA, GL_ONE}},
+        {5, {GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, Snippet::Premultiply, Shading::AlphaTinted}},
+        {6, {GL_ONE_MINUS_DST_COLOR, GL_ONE, Snippet::Premultiply, Shading::AlphaTinted}},
+        {23, {GL_DST_COLOR, GL_ONE_MINUS_SRC_ALPHA, Snippet::None, Shading::Plain}},
+        {25, {GL_ONE_MINUS_DST_COLOR, GL_ONE_MINUS_SRC_COLOR, Snippet::Premultiply, Shading::AlphaTinted}},
+        {27, {GL_DST_COLOR, GL_ONE_MINUS_SRC_ALPHA}},
+        {29, {GL_SRC_ALPHA, GL_ONE, Snippet::SquareAlpha, Shading::AlphaTinted}},
+    };
+    const auto found = modes.find(number);
+    return found == modes.end() ? Mode{} : found->second;
 }
 
 double Weight(GLenum factor, Channels const& source, Channels const& destination, size_t channel) {
@@ -133,7 +125,7 @@ TEST_P(BlendTest, Textured) {
     });
 }
 
-INSTANTIATE_TEST_SUITE_P(Surfaces, BlendTest, testing::Values(kRgb565, kRgb888, kRgba8888), BitsOf);
+INSTANTIATE_TEST_SUITE_P(Surfaces, BlendTest, testing::ValuesIn(kSurfaces));
 
 }  // namespace
 }  // namespace zorvan

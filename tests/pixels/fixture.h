@@ -18,18 +18,8 @@ constexpr RealFixed Byte(int k) {
     return RealFixed{(k * 65536 + 127) / 255};
 }
 
-inline constexpr ChannelBits kRgb565{5, 6, 5, 0};
-inline constexpr ChannelBits kRgb888{8, 8, 8, 0};
 inline constexpr ChannelBits kRgba8888{8, 8, 8, 8};
-
-// Names a case of a test that runs on several surfaces.
-inline std::string BitsOf(testing::TestParamInfo<ChannelBits> const& info) {
-    std::string name = "Bits";
-    for (const int bits : info.param) {
-        name += std::to_string(bits);
-    }
-    return name;
-}
+inline constexpr ChannelBits kSurfaces[] = {{5, 6, 5, 0}, {8, 8, 8, 0}, kRgba8888};
 
 class PixelTest : public testing::Test {
   protected:
