@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 
 #include "texconv/image.h"
 
@@ -220,24 +221,43 @@ void CImage::SetBuffer(unsigned char* buffer) {
     m_pBuffer = buffer;
 }
 
+void CImage::Fill(RowSource& rows) {
+    for (std::uint32_t y = 0; y < m_nHeight; ++y) {
+        rows.Read(y, m_pBuffer + std::size_t{y} * m_nWidth * m_nBytesPerPixel);
+    }
+}
+
+void CImage::Convert(bool floats) {
+    if (ConvertByRows(floats)) {
+        return;
+    }
+    if (floats) {
+        Input_ToFloat();
+        Float_Flip();
+        Float_Scale();
+        Output_Float();
+    } else {
+        Input_ToGeneric();
+        Generic_Flip();
+        Generic_Scale();
+        Generic_Bumpmap();
+        Output_Generic();
+    }
+}
+
 }  // namespace QXTextureConverter
 
 std::uint32_t Qonvert(TQonvertImage* source, TQonvertImage* destination) {
     using namespace QXTextureConverter;
     CImage image(source, destination);
-    switch (image.Input_Check()) {
+    switch (const TCheck check = image.Input_Check(); check) {
         case CHECK_GENERIC:
-            image.Input_ToGeneric();
-            image.Generic_Flip();
-            image.Generic_Scale();
-            image.Generic_Bumpmap();
-            image.Output_Generic();
-            break;
         case CHECK_FLOAT:
-            image.Input_ToFloat();
-            image.Float_Flip();
-            image.Float_Scale();
-            image.Output_Float();
+            try {
+                image.Convert(check == CHECK_FLOAT);
+            } catch (const std::bad_alloc&) {
+                image.Verbose("Could not create memory");
+            }
             break;
         case CHECK_DATASIZE:
             image.Output_DataSize();

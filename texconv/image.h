@@ -7,6 +7,7 @@
 #include "texconv/format_table.h"
 #include "texconv/half_float.h"
 #include "texconv/qonvert.h"
+#include "texconv/row_steps.h"
 
 namespace QXTextureConverter {
 
@@ -107,6 +108,9 @@ class CImage {
     std::uint32_t m_nBytesPerPixel = 0;
     unsigned char* m_pBuffer = nullptr;
 
+    // The steps of a conversion of 8-bit or of float pixels.
+    void Convert(bool floats);
+
   private:
     // Bytes at pData that may be touched: what the caller states or, if larger, what the format
     // needs.
@@ -120,10 +124,25 @@ class CImage {
     // Replaces the working image by `buffer`, which may be null.
     void SetBuffer(unsigned char* buffer);
 
-    void ReadPlain(std::uint32_t bits, std::uint32_t stride, const ChannelMasks& masks);
-    void ReadPalette(std::uint32_t bits, std::uint32_t stride, const ChannelMasks& masks);
-    void ReadFloat(const FormatInfo& format, bool toBytes);
-    void WriteFloat(const FormatInfo& format, bool fromBytes);
+    // Fills the working image.
+    void Fill(RowSource& rows);
+
+    // The whole conversion without a working image, for what allows it; false, with nothing done,
+    // for everything else.
+    bool ConvertByRows(bool floats);
+    // Whether source and destination lie in one another.
+    bool SharesBytes();
+
+    // The source's pixels; UncompressedRows for plain and palette formats.
+    RowSourcePointer UncompressedRows();
+    RowSourcePointer FloatSourceRows(const FormatInfo& format, bool toBytes);
+    // Stores working pixels in the destination, as many as the members say.
+    void WritePlain(RowSource& rows);
+    void WriteFloat(RowSource& rows, const FormatInfo& format, bool fromBytes);
+
+    void ReadFloat(bool toBytes);
+    void OutputFloats(bool fromBytes);
+    Orientation WantedOrientation();
 
     bool DecodeAtitc();
     bool DecodeAtitcInterpolated();
@@ -132,8 +151,6 @@ class CImage {
     std::uint32_t EncodeAtitc();
     std::uint32_t Encode(std::uint32_t flags, std::uint32_t codecFormat);
 
-    template <typename Pixel>
-    void Flip();
     template <typename Pixel>
     void Scale();
 };

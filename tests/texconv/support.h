@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "texcompress/instruction_set.h"
 #include "texconv/image.h"
 
 namespace texconv_test {
@@ -85,6 +86,20 @@ inline Bytes Convert(TestImage source, std::uint32_t format) {
     const TQonvertImage& from = *source.Get();
     TestImage destination(from.nWidth, from.nHeight, format);
     return Convert(source, destination.Allocate(0xEE));
+}
+
+// Calls test() with every set of kernels that this machine can run.
+template <typename Test>
+void WithEachKernelSet(const Test& test) {
+    using namespace zorvan::texcompress;
+    const InstructionSet before = SelectedInstructionSet();
+    for (std::size_t i = 0; i < InstructionSetCount(); ++i) {
+        const auto set = static_cast<InstructionSet>(i);
+        SelectInstructionSet(set);
+        SCOPED_TRACE(InstructionSetName(set));
+        test();
+    }
+    SelectInstructionSet(before);
 }
 
 // Reproducible bytes.

@@ -1,0 +1,229 @@
+// Plain pixels in loops that compilers turn into vectors: the layouts of the usual formats as constants.
+#pragma once
+
+#include <cstring>
+
+#include "texconv/row_kernels.h"
+
+namespace QXTextureConverter {
+namespace {
+
+constexpr std::uint32_t kOpaque = 0xFF000000;
+
+template <typename Word>
+[[gnu::always_inline]] inline void UnpackWords(const WordLayout& layout, const std::uint8_t* __restrict words,
+                                               std::size_t count, std::uint8_t* __restrict rgba) {
+    const WordLayout fields = layout;
+    for (std::size_t i = 0; i < count; ++i) {
+        Word stored;
+        std::memcpy(&stored, words + i * sizeof(Word), sizeof(Word));
+        const std::uint32_t word = stored;
+        std::uint32_t pixel = fields.opaque ? kOpaque : 0;
+        for (unsigned c = 0; c < 4; ++c) {
+            const ChannelPlace& place = fields.places[c];
+            pixel |= ((((word >> place.shift) & place.readBits) * place.scale) >> place.scaleShift)
+                     << (8 * c);
+        }
+        std::memcpy(rgba + i * 4, &pixel, 4);
+    }
+}
+
+template <typename Word>
+[[gnu::always_inline]] inline void PackWords(const WordLayout& layout, const std::uint8_t* __restrict rgba,
+                                             std::size_t count, std::uint8_t* __restrict words) {
+    const WordLayout fields = layout;
+    for (std::size_t i = 0; i < count; ++i) {
+        std::uint32_t pixel;
+        std::memcpy(&pixel, rgba + i * 4, 4);
+        std::uint32_t word = 0;
+        for (unsigned c = 0; c < 4; ++c) {
+            const ChannelPlace& place = fields.places[c];
+            word |= ((pixel >> (8 * c + place.dropped)) & place.writeBits) << place.shift;
+        }
+        const auto stored = static_cast<Word>(word);
+        std::memcpy(words + i * sizeof(Word), &stored, sizeof(Word));
+    }
+}
+
+#if defined(__AVX2__) || defined(__aarch64__)
+
+using ByteVector = std::uint8_t __attribute__((vector_size(16)));
+constexpr std::size_t kPixelsPerStep = 4;
+// A step touches 16 bytes for its 12; the pixels after it must make up for them.
+constexpr std::size_t kPixelsBeyond = 2;
+
+void Widen24(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
+    std::size_t i = 0;
+    for (; i + kPixelsPerStep + kPixelsBeyond <= count; i += kPixelsPerStep) {
+        ByteVector bytes;
+        std::memcpy(&bytes, from + i * 3, sizeof(bytes));
+        bytes = __builtin_shufflevector(bytes, ByteVector{}, 0, 1, 2, 16, 3, 4, 5, 16, 6, 7, 8, 16, 9, 10, 11,
+                                        16);
+        std::memcpy(to + i * 4, &bytes, sizeof(bytes));
+    }
+    for (; i < count; ++i) {
+        std::uint32_t word = 0;
+        std::memcpy(&word, from + i * 3, 3);
+        std::memcpy(to + i * 4, &word, 4);
+    }
+}
+
+void Narrow24(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
+    std::size_t i = 0;
+    for (; i + kPixelsPerStep + kPixelsBeyond <= count; i += kPixelsPerStep) {
+        ByteVector bytes;
+        std::memcpy(&bytes, from + i * 4, sizeof(bytes));
+        bytes = __builtin_shufflevector(bytes, ByteVector{}, 0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 16, 16,
+                                        16, 16);
+        std::memcpy(to + i * 3, &bytes, sizeof(bytes));
+    }
+    for (; i < count; ++i) {
+        std::memcpy(to + i * 3, from + i * 4, 3);
+    }
+}
+
+#else
+
+// Without a shuffle of bytes, four pixels at a time in three words.
+void Widen24(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
+    std::size_t i = 0;
+    for (; i + 4 <= count; i += 4) {
+        std::uint32_t in[3];
+        std::memcpy(in, from + i * 3, sizeof(in));
+        const std::uint32_t out[4] = {in[0] & 0xFFFFFF, (in[0] >> 24 | in[1] << 8) & 0xFFFFFF,
+                                      (in[1] >> 16 | in[2] << 16) & 0xFFFFFF, in[2] >> 8};
+        std::memcpy(to + i * 4, out, sizeof(out));
+    }
+    for (; i < count; ++i) {
+        std::uint32_t word = 0;
+        std::memcpy(&word, from + i * 3, 3);
+        std::memcpy(to + i * 4, &word, 4);
+    }
+}
+
+void Narrow24(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
+    std::size_t i = 0;
+    for (; i + 4 <= count; i += 4) {
+        std::uint32_t in[4];
+        std::memcpy(in, from + i * 4, sizeof(in));
+        const std::uint32_t out[3] = {(in[0] & 0xFFFFFF) | in[1] << 24, (in[1] >> 8 & 0xFFFF) | in[2] << 16,
+                                      (in[2] >> 16 & 0xFF) | in[3] << 8};
+        std::memcpy(to + i * 3, out, sizeof(out));
+    }
+    for (; i < count; ++i) {
+        std::memcpy(to + i * 3, from + i * 4, 3);
+    }
+}
+
+#endif
+
+// Words of three bytes go through words of four, some at a time so that these stay in the nearest cache.
+constexpr std::size_t kChunkPixels = 256;
+
+[[gnu::always_inline]] inline void UnpackWords24(const WordLayout& layout, const std::uint8_t* words,
+                                                 std::size_t count, std::uint8_t* rgba) {
+    std::uint8_t chunk[kChunkPixels * 4];
+    for (std::size_t first = 0; first < count; first += kChunkPixels) {
+        const std::size_t here = count - first < kChunkPixels ? count - first : kChunkPixels;
+        Widen24(words + first * 3, here, chunk);
+        UnpackWords<std::uint32_t>(layout, chunk, here, rgba + first * 4);
+    }
+}
+
+[[gnu::always_inline]] inline void PackWords24(const WordLayout& layout, const std::uint8_t* rgba,
+                                               std::size_t count, std::uint8_t* words) {
+    std::uint8_t chunk[kChunkPixels * 4];
+    for (std::size_t first = 0; first < count; first += kChunkPixels) {
+        const std::size_t here = count - first < kChunkPixels ? count - first : kChunkPixels;
+        PackWords<std::uint32_t>(layout, rgba + first * 4, here, chunk);
+        Narrow24(chunk, here, words + first * 3);
+    }
+}
+
+// Layouts with loops of their own, in which every shift and mask is a constant.
+constexpr WordLayout kRgbaWords(detail::kRgba8888, 4);
+constexpr WordLayout kBgraWords({0xFF0000, 0xFF00, 0xFF, 0xFF000000}, 4);
+constexpr WordLayout kRgb888Words(detail::kRgb888, 3);
+constexpr WordLayout kRgb565Words(detail::kRgb565, 2);
+constexpr WordLayout kRgba5551Words(detail::kRgba5551, 2);
+constexpr WordLayout kRgba4444Words(detail::kRgba4444, 2);
+constexpr WordLayout kLa88Words({0xFF00, 0xFF00, 0xFF00, 0x00FF}, 2);
+constexpr WordLayout kL8Words({0xFF, 0xFF, 0xFF, 0}, 1);
+
+[[gnu::always_inline]] inline bool IsLike(const WordLayout& layout, const WordLayout& usual) {
+    return layout.bytes == usual.bytes && layout.opaque == usual.opaque &&
+           layout.masks.red == usual.masks.red && layout.masks.green == usual.masks.green &&
+           layout.masks.blue == usual.masks.blue && layout.masks.alpha == usual.masks.alpha;
+}
+
+// Calls action(layout, word) with a constant for the layout if it is a usual one, and with a value of the
+// type that its words are stored in (32 bits for words of three bytes).
+template <typename Action>
+[[gnu::always_inline]] inline void WithLayout(const WordLayout& layout, const Action& action) {
+    if (IsLike(layout, kBgraWords)) {
+        action(kBgraWords, std::uint32_t{});
+    } else if (IsLike(layout, kRgb888Words)) {
+        action(kRgb888Words, std::uint32_t{});
+    } else if (IsLike(layout, kRgb565Words)) {
+        action(kRgb565Words, std::uint16_t{});
+    } else if (IsLike(layout, kRgba5551Words)) {
+        action(kRgba5551Words, std::uint16_t{});
+    } else if (IsLike(layout, kRgba4444Words)) {
+        action(kRgba4444Words, std::uint16_t{});
+    } else if (IsLike(layout, kLa88Words)) {
+        action(kLa88Words, std::uint16_t{});
+    } else if (IsLike(layout, kL8Words)) {
+        action(kL8Words, std::uint8_t{});
+    } else if (layout.bytes == 1) {
+        action(layout, std::uint8_t{});
+    } else if (layout.bytes == 2) {
+        action(layout, std::uint16_t{});
+    } else {
+        action(layout, std::uint32_t{});
+    }
+}
+
+void Unpack(const WordLayout& layout, const std::uint8_t* words, std::size_t count, std::uint8_t* rgba) {
+    if (IsLike(layout, kRgbaWords)) {
+        std::memcpy(rgba, words, count * 4);
+    } else if (layout.bytes == 0) {
+        kScalarRowKernels.unpack(layout, words, count, rgba);
+    } else {
+        WithLayout(
+            layout, [=](const WordLayout& known, auto word) __attribute__((always_inline)) {
+                if (known.bytes == 3) {
+                    UnpackWords24(known, words, count, rgba);
+                } else {
+                    UnpackWords<decltype(word)>(known, words, count, rgba);
+                }
+            });
+    }
+}
+
+void Pack(const WordLayout& layout, const std::uint8_t* rgba, std::size_t count, std::uint8_t* words) {
+    if (IsLike(layout, kRgbaWords)) {
+        std::memcpy(words, rgba, count * 4);
+    } else if (layout.bytes == 0) {
+        kScalarRowKernels.pack(layout, rgba, count, words);
+    } else {
+        WithLayout(
+            layout, [=](const WordLayout& known, auto word) __attribute__((always_inline)) {
+                if (known.bytes == 3) {
+                    PackWords24(known, rgba, count, words);
+                } else {
+                    PackWords<decltype(word)>(known, rgba, count, words);
+                }
+            });
+    }
+}
+
+void Mirror(const std::uint8_t* __restrict rgba, std::size_t count, std::uint8_t* __restrict to) {
+    for (std::size_t i = 0; i < count; ++i) {
+        std::uint32_t pixel;
+        std::memcpy(&pixel, rgba + (count - 1 - i) * 4, 4);
+        std::memcpy(to + i * 4, &pixel, 4);
+    }
+}
+
+}  // namespace
+}  // namespace QXTextureConverter
