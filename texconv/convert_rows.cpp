@@ -1,8 +1,9 @@
-// The short way through a conversion: rows from the source through the steps to the destination, without a
-// working image where none is needed.
+// A whole conversion as rows from the source through the steps to the destination, with a working image only
+// for codecs and the palette quantizer, and where source and destination share memory.
 #include <utility>
 
 #include "texconv/image.h"
+#include "texconv/row_kernels.h"
 #include "texconv/source_rows.h"
 
 namespace QXTextureConverter {
@@ -23,31 +24,62 @@ bool CImage::SharesBytes() {
     return source < destination + DataLimit(m_pDst) && destination < source + DataLimit(m_pSrc);
 }
 
-bool CImage::ConvertByRows(bool floats) {
-    const FormatInfo* from = m_pSrc != nullptr ? FindFormat(m_pSrc->nFormat) : nullptr;
-    const FormatInfo* to = FindFormat(m_pDst->nFormat);
-    m_nBytesPerPixel = floats ? 16 : 4;
-    const bool simple = from != nullptr && to != nullptr && m_pSrc->pData != nullptr &&
-                        !from->IsCompressed() && !to->IsCompressed() && !to->IsPalette() &&
-                        HasPlainSize(*m_pSrc, m_nBytesPerPixel) && HasPlainSize(*m_pDst, m_nBytesPerPixel) &&
-                        !SharesBytes();
-    const bool changes = simple && (m_pSrc->nWidth != m_pDst->nWidth || m_pSrc->nHeight != m_pDst->nHeight ||
-                                    (!floats && ImgInfo(m_pDst, INFO_BUMPMAP) != 0));
-    if (!simple || changes) {
-        return false;
+RowSourcePointer CImage::OrientedSourceRows(const FormatInfo& from, bool floats) {
+    if (from.IsCompressed() || SharesBytes()) {
+        floats ? Input_ToFloat() : Input_ToGeneric();
+        floats ? Float_Flip() : Generic_Flip();
+        return m_pBuffer != nullptr ? WorkingRows(m_pBuffer, m_nWidth, m_nBytesPerPixel) : nullptr;
     }
     m_nWidth = m_pSrc->nWidth;
     m_nHeight = m_pSrc->nHeight;
-    RowSourcePointer rows = from->IsFloat() ? FloatSourceRows(*from, !floats) : UncompressedRows();
-    if (const Orientation orientation = WantedOrientation(); orientation.mirror || orientation.flip) {
-        rows = OrientedRows(std::move(rows), {m_nWidth, m_nHeight, m_nBytesPerPixel}, orientation);
+    m_nBytesPerPixel = floats ? 16 : 4;
+    RowSourcePointer rows = from.IsFloat() ? FloatSourceRows(from, !floats) : UncompressedRows();
+    const Orientation orientation = WantedOrientation();
+    if (orientation.mirror || orientation.flip) {
+        return OrientedRows(std::move(rows), {m_nWidth, m_nHeight, m_nBytesPerPixel}, orientation);
+    }
+    return rows;
+}
+
+bool CImage::ConvertByRows(bool floats) {
+    const FormatInfo* from = m_pSrc != nullptr ? FindFormat(m_pSrc->nFormat) : nullptr;
+    const FormatInfo* to = FindFormat(m_pDst->nFormat);
+    const std::uint32_t bytesPerPixel = floats ? 16 : 4;
+    if (from == nullptr || to == nullptr || m_pSrc->pData == nullptr ||
+        !HasPlainSize(*m_pSrc, bytesPerPixel) || !HasPlainSize(*m_pDst, bytesPerPixel)) {
+        return false;
+    }
+    RowSourcePointer rows = OrientedSourceRows(*from, floats);
+    if (rows == nullptr) {
+        return true;
+    }
+    if (m_pDst->nWidth != m_nWidth || m_pDst->nHeight != m_nHeight) {
+        rows = Scaled(std::move(rows));
+        m_nWidth = m_pDst->nWidth;
+        m_nHeight = m_pDst->nHeight;
+    }
+    if (const std::uint32_t kernel = floats ? 0 : ImgInfo(m_pDst, INFO_BUMPMAP); kernel != kNoBumpmap) {
+        rows = Normals(std::move(rows), kernel);
     }
     if (to->IsFloat()) {
         WriteFloat(*rows, *to, !floats);
-    } else {
+    } else if (!to->IsCompressed() && !to->IsPalette()) {
         WritePlain(*rows);
+    } else {
+        OutputWorkingImage(std::move(rows));
     }
     return true;
+}
+
+void CImage::OutputWorkingImage(RowSourcePointer rows) {
+    if (m_pBuffer == nullptr || rows->Peek(0) != m_pBuffer) {
+        unsigned char* image = AllocateImage(m_nWidth, m_nHeight, m_nBytesPerPixel);
+        if (image != nullptr) {
+            Store(*rows, m_nWidth, m_nHeight, image);
+        }
+        SetBuffer(image);
+    }
+    Output_Generic();
 }
 
 }  // namespace QXTextureConverter

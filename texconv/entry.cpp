@@ -221,9 +221,9 @@ void CImage::SetBuffer(unsigned char* buffer) {
     m_pBuffer = buffer;
 }
 
-void CImage::Fill(RowSource& rows) {
-    for (std::uint32_t y = 0; y < m_nHeight; ++y) {
-        rows.Read(y, m_pBuffer + std::size_t{y} * m_nWidth * m_nBytesPerPixel);
+void CImage::Store(RowSource& rows, std::uint32_t width, std::uint32_t height, unsigned char* to) const {
+    for (std::uint32_t y = 0; y < height; ++y) {
+        rows.Read(y, to + std::size_t{y} * width * m_nBytesPerPixel);
     }
 }
 

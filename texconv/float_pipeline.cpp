@@ -24,7 +24,7 @@ void CImage::ReadFloat(bool toBytes) {
     if (format == nullptr || !format->IsFloat()) {
         std::memset(m_pBuffer, 0, std::size_t{m_nWidth} * m_nHeight * m_nBytesPerPixel);
     } else if (m_nWidth != 0) {
-        Fill(*FloatSourceRows(*format, toBytes));
+        Store(*FloatSourceRows(*format, toBytes), m_nWidth, m_nHeight, m_pBuffer);
     }
 }
 
@@ -54,7 +54,7 @@ void CImage::WriteFloat(RowSource& rows, const FormatInfo& format, bool fromByte
     const DestinationBytes bytes{m_pDst->pData, DataLimit(m_pDst)};
     const FloatDestination destination(bytes, m_nWidth, format, fromBytes);
     const std::uint32_t height = m_nWidth != 0 ? m_nHeight : 0;
-    const RowMemory scratch = AllocateRow(m_nWidth, m_nBytesPerPixel);
+    const RowMemory scratch = AllocateRow(height != 0 ? m_nWidth : 0, m_nBytesPerPixel);
     for (std::uint32_t y = 0; y < height; ++y) {
         if (std::uint8_t* place = destination.Place(y); place != nullptr) {
             rows.Read(y, place);

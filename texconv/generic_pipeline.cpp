@@ -29,7 +29,7 @@ void CImage::Input_ToGeneric() {
 
 void CImage::Input_UncompressedToGeneric() {
     if (StartWorkingImage(kRgbaBytes) && m_nWidth != 0 && m_nHeight != 0) {
-        Fill(*UncompressedRows());
+        Store(*UncompressedRows(), m_nWidth, m_nHeight, m_pBuffer);
     }
 }
 
@@ -76,7 +76,7 @@ void CImage::WritePlain(RowSource& rows) {
     const PlainDestination destination(bytes, m_nWidth - first, stride,
                                        WordLayout(masks, std::max(bits / 8, 1u)));
     const std::uint32_t height = m_nWidth != 0 ? m_nHeight : 0;
-    const RowMemory scratch = AllocateRow(m_nWidth, kRgbaBytes);
+    const RowMemory scratch = AllocateRow(height != 0 ? m_nWidth : 0, kRgbaBytes);
     for (std::uint32_t y = 0; y < height; ++y) {
         if (std::uint8_t* place = destination.Place(y); place != nullptr) {
             rows.Read(y, place);

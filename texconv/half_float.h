@@ -1,4 +1,4 @@
-// Conversions between bytes, single floats and half floats. All are bit rules without rounding
+// Conversions between bytes, single floats, half floats and normals. All are bit rules without rounding
 // and without special cases for infinities and NaNs.
 #pragma once
 
@@ -52,6 +52,11 @@ constexpr unsigned char HalfFloat2UByte(unsigned short half) {
 
 constexpr unsigned short UByte2HalfFloat(unsigned char value) {
     return Float2HalfFloat(UByte2Float(value));
+}
+
+// The byte that encodes a normal's component, -1 to 1, as 1 to 255 (0 as 128).
+constexpr unsigned char Bumpmap_OffsetAndBias(float v) {
+    return static_cast<unsigned char>(TruncateToUnsigned(v * 127.0f + 128.0f));
 }
 
 }  // namespace QXTextureConverter

@@ -40,11 +40,6 @@ enum TInfo : std::uint32_t {
 // What a call has to do.
 enum TCheck : std::uint32_t { CHECK_GENERIC, CHECK_FLOAT, CHECK_DATASIZE, CHECK_VERSION };
 
-// The byte that encodes a normal's component, -1 to 1, as 1 to 255 (0 as 128).
-constexpr unsigned char Bumpmap_OffsetAndBias(float v) {
-    return static_cast<unsigned char>(TruncateToUnsigned(v * 127.0f + 128.0f));
-}
-
 // One conversion between two descriptors, which it does not own. A step reads and replaces the
 // working image; a step that finds none (its memory could not be had, or the source has no
 // pixels) does nothing, and the later steps then do nothing either.
@@ -124,14 +119,20 @@ class CImage {
     // Replaces the working image by `buffer`, which may be null.
     void SetBuffer(unsigned char* buffer);
 
-    // Fills the working image.
-    void Fill(RowSource& rows);
+    // Fills `to`, the working image or memory for another, with packed rows.
+    void Store(RowSource& rows, std::uint32_t width, std::uint32_t height, unsigned char* to) const;
 
-    // The whole conversion without a working image, for what allows it; false, with nothing done,
-    // for everything else.
+    // The whole conversion with as few working images as possible; false, with nothing done, for
+    // formats and sizes with which a step may print.
     bool ConvertByRows(bool floats);
+    // The source's pixels, oriented as the destination's: of the caller's bytes or of a working
+    // image; null without memory for it.
+    RowSourcePointer OrientedSourceRows(const FormatInfo& from, bool floats);
     // Whether source and destination lie in one another.
     bool SharesBytes();
+
+    // The rows, for formats that are made from a whole image.
+    void OutputWorkingImage(RowSourcePointer rows);
 
     // The source's pixels; UncompressedRows for plain and palette formats.
     RowSourcePointer UncompressedRows();
@@ -143,6 +144,9 @@ class CImage {
     void ReadFloat(bool toBytes);
     void OutputFloats(bool fromBytes);
     Orientation WantedOrientation();
+    // The rows of the working image's size in the destination's size, and as a normal map.
+    RowSourcePointer Scaled(RowSourcePointer rows);
+    RowSourcePointer Normals(RowSourcePointer rows, std::uint32_t kernel);
 
     bool DecodeAtitc();
     bool DecodeAtitcInterpolated();
@@ -151,7 +155,7 @@ class CImage {
     std::uint32_t EncodeAtitc();
     std::uint32_t Encode(std::uint32_t flags, std::uint32_t codecFormat);
 
-    template <typename Pixel>
+    // Scales the working image.
     void Scale();
 };
 

@@ -11,6 +11,21 @@ namespace QXTextureConverter {
 // Converts `count` channels.
 using ChannelKernel = void (*)(const std::uint8_t* from, std::size_t count, std::uint8_t* to);
 
+// Pixels of a row that become one.
+struct Span {
+    std::uint32_t first;
+    std::uint32_t count;
+};
+inline constexpr std::uint32_t kMostInMean = 1u << 13;
+
+// Codes of nBumpmap; any other gives a flat normal map.
+enum BumpKernel : std::uint32_t {
+    kNoBumpmap = 0,
+    kDiagonalBumpmap = 1,
+    kSobelBumpmap = 2,
+    kPrewittBumpmap = 3
+};
+
 struct RowKernels {
     // Pixel words to R, G, B, A bytes and back.
     void (*unpack)(const WordLayout& layout, const std::uint8_t* words, std::size_t count,
@@ -25,6 +40,29 @@ struct RowKernels {
     ChannelKernel bytesToHalves;
     ChannelKernel floatsToHalves;
     ChannelKernel halvesToFloats;
+
+    // Adds `count` bytes to as many sums.
+    void (*addBytes)(const std::uint8_t* bytes, std::size_t count, std::uint32_t* sums);
+    // The truncated means of `count` spans of pixels, 4 channels each, whose sums are of `lines` bytes;
+    // of kMostInMean pixels at most.
+    void (*averageSpans)(const std::uint32_t* sums, const Span* spans, std::size_t count, std::uint32_t lines,
+                         std::uint8_t* to);
+    // The truncated means of 2 x 2 pixels, for `count` results.
+    void (*halve)(const std::uint8_t* upper, const std::uint8_t* lower, std::size_t count, std::uint8_t* to);
+
+    // The cubic filter on kTaps lines of float pixels; `taps` has the places of kTaps columns in floats
+    // for each of `count` results.
+    void (*widenBytes)(const std::uint8_t* bytes, std::size_t count, float* to);
+    void (*cubicBytes)(const float* const* lines, const std::uint32_t* taps, std::size_t count,
+                       std::uint8_t* to);
+    void (*cubicFloats)(const float* const* lines, const std::uint32_t* taps, std::size_t count,
+                        std::uint8_t* to);
+
+    // The means of R, G and B.
+    void (*heights)(const std::uint8_t* rgba, std::size_t count, std::int32_t* to);
+    // Normals from three lines of heights, which have one more at each end.
+    void (*normals)(std::uint32_t kernel, const std::int32_t* const* lines, std::size_t count, float nz,
+                    std::uint8_t* rgba);
 };
 
 // The plain set, the reference for all others.

@@ -1,9 +1,12 @@
 // The plain kernels: the conversions as they are defined, one pixel or channel at a time.
 #include <bit>
+#include <cmath>
 #include <cstring>
 
 #include "texconv/half_float.h"
 #include "texconv/row_kernels.h"
+#include "texconv/scale_axis.h"
+#include "texconv/working_pixel.h"
 
 namespace QXTextureConverter {
 
@@ -52,6 +55,98 @@ void EachChannel(const std::uint8_t* from, std::size_t count, std::uint8_t* to) 
     }
 }
 
+void AddBytes(const std::uint8_t* bytes, std::size_t count, std::uint32_t* sums) {
+    for (std::size_t i = 0; i < count; ++i) {
+        sums[i] += bytes[i];
+    }
+}
+
+void AverageSpans(const std::uint32_t* sums, const Span* spans, std::size_t count, std::uint32_t lines,
+                  std::uint8_t* to) {
+    for (std::size_t i = 0; i < count * 4; ++i) {
+        const Span& span = spans[i / 4];
+        std::uint32_t sum = 0;
+        for (std::size_t x = span.first; x < std::size_t{span.first} + span.count; ++x) {
+            sum += sums[x * 4 + i % 4];
+        }
+        to[i] = static_cast<std::uint8_t>(sum / (span.count * lines));
+    }
+}
+
+void Halve(const std::uint8_t* upper, const std::uint8_t* lower, std::size_t count, std::uint8_t* to) {
+    for (std::size_t i = 0; i < count * 4; ++i) {
+        const std::size_t at = i / 4 * 8 + i % 4;
+        to[i] = static_cast<std::uint8_t>((upper[at] + upper[at + 4] + lower[at] + lower[at + 4]) / 4);
+    }
+}
+
+void WidenBytes(const std::uint8_t* bytes, std::size_t count, float* to) {
+    for (std::size_t i = 0; i < count; ++i) {
+        to[i] = static_cast<float>(bytes[i]);
+    }
+}
+
+// Column after column, in each from the upper line to the lower.
+template <typename Pixel>
+void CubicRow(const float* const* lines, const std::uint32_t* taps, std::size_t count, std::uint8_t* to) {
+    for (std::size_t i = 0; i < count; ++i, taps += kTaps, to += Pixel::kBytes) {
+        Channels<Pixel> result;
+        for (std::size_t c = 0; c < result.size(); ++c) {
+            float sum = 0.0f;
+            for (int column = 0; column < kTaps; ++column) {
+                for (int line = 0; line < kTaps; ++line) {
+                    const float weight = kSplineWeights[column] * kSplineWeights[line];
+                    sum += weight * lines[line][taps[column] + c];
+                }
+            }
+            result[c] = Pixel::FromFloat(sum);
+        }
+        StorePixel<Pixel>(result, to);
+    }
+}
+
+void Heights(const std::uint8_t* rgba, std::size_t count, std::int32_t* to) {
+    for (std::size_t i = 0; i < count; ++i) {
+        to[i] = (rgba[i * 4] + rgba[i * 4 + 1] + rgba[i * 4 + 2]) / 3;
+    }
+}
+
+struct Slope {
+    int dx;
+    int dy;
+};
+
+// h(i, j) is the height i columns right of and j rows below the pixel.
+template <typename Height>
+Slope SlopeAt(std::uint32_t kernel, const Height& h) {
+    switch (kernel) {
+        case kDiagonalBumpmap:
+            return {h(0, 0) - h(1, 1), h(1, 0) - h(0, 1)};
+        case kSobelBumpmap:
+            return {h(-1, 1) + h(-1, -1) - h(1, -1) - h(1, 1) + 2 * (h(-1, 0) - h(1, 0)),
+                    h(1, -1) + h(-1, -1) - h(-1, 1) - h(1, 1) + 2 * (h(0, -1) - h(0, 1))};
+        case kPrewittBumpmap:
+            return {h(-1, -1) + h(-1, 0) + h(-1, 1) - h(1, -1) - h(1, 0) - h(1, 1),
+                    h(-1, -1) + h(0, -1) + h(1, -1) - h(-1, 1) - h(0, 1) - h(1, 1)};
+        default:
+            return {0, 0};
+    }
+}
+
+void Normals(std::uint32_t kernel, const std::int32_t* const* lines, std::size_t count, float nz,
+             std::uint8_t* rgba) {
+    for (std::ptrdiff_t x = 0; x < static_cast<std::ptrdiff_t>(count); ++x) {
+        const Slope slope = SlopeAt(kernel, [&](int i, int j) { return lines[j + 1][x + i]; });
+        const float nx = static_cast<float>(slope.dx) / 255.0f;
+        const float ny = static_cast<float>(slope.dy) / 255.0f;
+        const float scale = 1.0f / std::sqrt(nx * nx + ny * ny + nz * nz);
+        *rgba++ = Bumpmap_OffsetAndBias(nx * scale);
+        *rgba++ = Bumpmap_OffsetAndBias(ny * scale);
+        *rgba++ = Bumpmap_OffsetAndBias(nz * scale);
+        *rgba++ = 0;
+    }
+}
+
 }  // namespace
 
 constinit const RowKernels kScalarRowKernels{
@@ -64,6 +159,14 @@ constinit const RowKernels kScalarRowKernels{
     .bytesToHalves = EachChannel<unsigned char, unsigned short, UByte2HalfFloat>,
     .floatsToHalves = EachChannel<float, unsigned short, Float2HalfFloat>,
     .halvesToFloats = EachChannel<unsigned short, float, HalfFloat2Float>,
+    .addBytes = AddBytes,
+    .averageSpans = AverageSpans,
+    .halve = Halve,
+    .widenBytes = WidenBytes,
+    .cubicBytes = CubicRow<BytePixel>,
+    .cubicFloats = CubicRow<FloatPixel>,
+    .heights = Heights,
+    .normals = Normals,
 };
 
 }  // namespace QXTextureConverter

@@ -3,8 +3,10 @@
 // sets.
 #pragma once
 
+#include "texconv/vector_bump.h"
 #include "texconv/vector_float.h"
 #include "texconv/vector_plain.h"
+#include "texconv/vector_scale.h"
 
 namespace QXTextureConverter {
 namespace {
@@ -19,6 +21,14 @@ constexpr RowKernels kVectorRowKernels{
     .bytesToHalves = BytesToHalves,
     .floatsToHalves = FloatsToHalves,
     .halvesToFloats = HalvesToFloats,
+    .addBytes = AddBytes,
+    .averageSpans = AverageSpans,
+    .halve = Halve,
+    .widenBytes = WidenBytes,
+    .cubicBytes = CubicBytes,
+    .cubicFloats = CubicFloats,
+    .heights = Heights,
+    .normals = Normals,
 };
 
 }  // namespace

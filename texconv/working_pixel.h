@@ -48,6 +48,14 @@ Channels<Pixel> LoadPixel(const unsigned char* bytes) {
 }
 
 template <typename Pixel>
+void AddPixel(std::array<typename Pixel::Sum, 4>& sums, const unsigned char* bytes) {
+    const Channels<Pixel> pixel = LoadPixel<Pixel>(bytes);
+    for (std::size_t c = 0; c < sums.size(); ++c) {
+        sums[c] += pixel[c];
+    }
+}
+
+template <typename Pixel>
 void StorePixel(const Channels<Pixel>& pixel, unsigned char* bytes) {
     std::memcpy(bytes, pixel.data(), Pixel::kBytes);
 }

@@ -1,0 +1,82 @@
+// Heights and normals in loops that compilers turn into vectors.
+#pragma once
+
+#include <cstring>
+
+#include "texconv/row_kernels.h"
+#include "texconv/vector_float.h"
+
+namespace QXTextureConverter {
+namespace {
+
+// A third of the sum of three bytes: the tests try all sums.
+void Heights(const std::uint8_t* __restrict rgba, std::size_t count, std::int32_t* __restrict to) {
+    for (std::size_t i = 0; i < count; ++i) {
+        std::uint32_t pixel;
+        std::memcpy(&pixel, rgba + i * 4, sizeof(pixel));
+        const std::uint32_t sum = (pixel & 0xFF) + (pixel >> 8 & 0xFF) + (pixel >> 16 & 0xFF);
+        to[i] = static_cast<std::int32_t>(sum * 21846 >> 16);
+    }
+}
+
+// trunc(v * 127 + 128) of a component of -1 to 1; 0 for what is no number.
+[[gnu::always_inline]] inline std::uint32_t ComponentByte(float v) {
+    const std::int32_t bits = BitsOf(v * 127.0f + 128.0f);
+    const std::int32_t isNumber = -static_cast<std::int32_t>((bits > 0) & (bits <= kFloatInfinity));
+    return static_cast<std::uint32_t>(static_cast<std::int32_t>(FloatOf(bits & isNumber))) & 0xFF;
+}
+
+[[gnu::always_inline]] inline std::uint32_t NormalOf(std::int32_t dx, std::int32_t dy, float nz) {
+    const float nx = DividedBy255(dx);
+    const float ny = DividedBy255(dy);
+    const float scale = 1.0f / __builtin_sqrtf(nx * nx + ny * ny + nz * nz);
+    return ComponentByte(nx * scale) | ComponentByte(ny * scale) << 8 | ComponentByte(nz * scale) << 16;
+}
+
+// kBeside weighs the neighbours beside the pixel against those at its corners.
+template <std::int32_t kBeside>
+[[gnu::always_inline]] inline void GradientNormals(const std::int32_t* const* lines, std::size_t count,
+                                                   float nz, std::uint8_t* __restrict to) {
+    const std::int32_t* __restrict upper = lines[0] - 1;
+    const std::int32_t* __restrict middle = lines[1] - 1;
+    const std::int32_t* __restrict lower = lines[2] - 1;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::int32_t falling = upper[i] - lower[i + 2];
+        const std::int32_t rising = lower[i] - upper[i + 2];
+        const std::int32_t dx = falling + rising + kBeside * (middle[i] - middle[i + 2]);
+        const std::int32_t dy = falling - rising + kBeside * (upper[i + 1] - lower[i + 1]);
+        const std::uint32_t normal = NormalOf(dx, dy, nz);
+        std::memcpy(to + i * 4, &normal, sizeof(normal));
+    }
+}
+
+void DiagonalNormals(const std::int32_t* const* lines, std::size_t count, float nz,
+                     std::uint8_t* __restrict to) {
+    const std::int32_t* __restrict middle = lines[1];
+    const std::int32_t* __restrict lower = lines[2];
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::uint32_t normal = NormalOf(middle[i] - lower[i + 1], middle[i + 1] - lower[i], nz);
+        std::memcpy(to + i * 4, &normal, sizeof(normal));
+    }
+}
+
+void Normals(std::uint32_t kernel, const std::int32_t* const* lines, std::size_t count, float nz,
+             std::uint8_t* to) {
+    switch (kernel) {
+        case kDiagonalBumpmap:
+            return DiagonalNormals(lines, count, nz, to);
+        case kSobelBumpmap:
+            return GradientNormals<2>(lines, count, nz, to);
+        case kPrewittBumpmap:
+            return GradientNormals<1>(lines, count, nz, to);
+        default:
+            break;
+    }
+    const std::uint32_t flat = NormalOf(0, 0, nz);
+    for (std::size_t i = 0; i < count; ++i) {
+        std::memcpy(to + i * 4, &flat, sizeof(flat));
+    }
+}
+
+}  // namespace
+}  // namespace QXTextureConverter
