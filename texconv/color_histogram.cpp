@@ -1,6 +1,7 @@
 // The colour hash, the histogram made from it, and the quantizer's memory.
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -13,23 +14,24 @@ namespace QXTextureConverter {
 namespace {
 
 constexpr std::uint32_t kBuckets = 20023;
-constexpr std::size_t kItemsPerBlock = 1024;
-
-struct HashItem {
-    ColorItem item;
-    HashItem* next;
-};
-
-// Items are handed out from blocks, so that a colour costs no allocation of its own.
-struct HashBlock {
-    HashBlock* next;
-    std::array<HashItem, kItemsPerBlock> items;
-};
+constexpr std::uint32_t kFirstItems = 1024;
+// Most tables hold the colours of one histogram.
+constexpr unsigned kFirstSlotBits = 16;
 
 std::uint32_t BucketOf(const Color& color) {
     const std::uint32_t hash = color.r * 33023u + color.g * 30013u + color.b * 27011u + color.a * 24007u;
     return (hash & 0x7FFFFFFF) % kBuckets;
 }
+
+std::uint32_t KeyOf(const Color& color) {
+    return std::bit_cast<std::uint32_t>(color);
+}
+
+// A colour and the number of its newest item plus 1; 0 marks a free slot.
+struct Slot {
+    std::uint32_t key;
+    std::uint32_t item;
+};
 
 [[noreturn]] void EndWithoutMemory(const char* text) {
     pm_message(text);
@@ -38,20 +40,57 @@ std::uint32_t BucketOf(const Color& color) {
 
 }  // namespace
 
+// The items lie in the order of their coming, which tells the chains of the buckets; slots, at least twice as
+// many, find them: a colour's slot is the first from its own on that is free or has it.
 struct ColorHash {
-    std::array<HashItem*, kBuckets> buckets;
-    HashBlock* blocks;
-    std::size_t usedInBlock;
+    ColorItem* items = nullptr;
+    std::uint32_t count = 0;
+    std::uint32_t room = 0;
+    Slot* slots = nullptr;
+    unsigned slotBits = 0;
 };
 
 namespace {
 
-HashItem* Find(const ColorHash& table, const Color& color) {
-    HashItem* item = table.buckets[BucketOf(color)];
-    while (item != nullptr && item->item.color != color) {
-        item = item->next;
+Slot& SlotOf(const ColorHash& table, std::uint32_t key) {
+    constexpr std::uint32_t kSpread = 2654435769u;
+    const std::uint32_t mask = (1u << table.slotBits) - 1;
+    std::uint32_t at = key * kSpread >> (32 - table.slotBits);
+    while (table.slots[at].item != 0 && table.slots[at].key != key) {
+        at = (at + 1) & mask;
     }
-    return item;
+    return table.slots[at];
+}
+
+bool GrowSlots(ColorHash& table, unsigned slotBits) {
+    auto* slots = static_cast<Slot*>(std::calloc(std::size_t{1} << slotBits, sizeof(Slot)));
+    if (slots == nullptr) {
+        return false;
+    }
+    std::free(table.slots);
+    table.slots = slots;
+    table.slotBits = slotBits;
+    for (std::uint32_t i = 0; i < table.count; ++i) {
+        const std::uint32_t key = KeyOf(table.items[i].color);
+        SlotOf(table, key) = {key, i + 1};
+    }
+    return true;
+}
+
+bool GrowItems(ColorHash& table) {
+    const std::uint32_t room = std::max(table.room * 2, kFirstItems);
+    auto* items = static_cast<ColorItem*>(std::realloc(table.items, room * sizeof(ColorItem)));
+    if (items == nullptr) {
+        return false;
+    }
+    table.items = items;
+    table.room = room;
+    return true;
+}
+
+ColorItem* Find(const ColorHash& table, const Color& color) {
+    const Slot& slot = SlotOf(table, KeyOf(color));
+    return slot.item != 0 ? table.items + slot.item - 1 : nullptr;
 }
 
 }  // namespace
@@ -80,8 +119,8 @@ ColorHash* pam_computeacolorhash(const Color* const* rows, int cols, int rowcoun
     for (int y = 0; y < rowcount; ++y) {
         for (int x = 0; x < cols; ++x) {
             const Color& color = rows[y][x];
-            if (HashItem* known = Find(*table, color); known != nullptr) {
-                ++known->item.value;
+            if (ColorItem* known = Find(*table, color); known != nullptr) {
+                ++known->value;
                 continue;
             }
             if (*colors >= maxacolors) {
@@ -108,54 +147,56 @@ ColorItem* pam_acolorhashtoacolorhist(const ColorHash* table, int colors) {
         pm_message("  out of memory generating histogram");
         return nullptr;
     }
-    ColorItem* to = histogram;
-    for (const HashItem* chain : table->buckets) {
-        for (; chain != nullptr; chain = chain->next) {
-            *to++ = chain->item;
-        }
+    // Where each bucket ends: its newest item comes first.
+    std::array<std::uint32_t, kBuckets> ends{};
+    for (std::uint32_t i = 0; i < table->count; ++i) {
+        ++ends[BucketOf(table->items[i].color)];
+    }
+    std::uint32_t end = 0;
+    for (std::uint32_t& bucket : ends) {
+        end += bucket;
+        bucket = end;
+    }
+    for (std::uint32_t i = 0; i < table->count; ++i) {
+        histogram[--ends[BucketOf(table->items[i].color)]] = table->items[i];
     }
     return histogram;
 }
 
 ColorHash* pam_allocacolorhash() {
-    auto* table = new (std::nothrow) ColorHash{};
-    if (table == nullptr) {
+    auto* table = new (std::nothrow) ColorHash;
+    if (table == nullptr || !GrowSlots(*table, kFirstSlotBits)) {
+        delete table;
         pm_message("  out of memory allocating hash table");
+        return nullptr;
     }
     return table;
 }
 
 int pam_addtoacolorhash(ColorHash* table, const Color& color, int value) {
-    if (table->blocks == nullptr || table->usedInBlock == kItemsPerBlock) {
-        auto* block = new (std::nothrow) HashBlock;
-        if (block == nullptr) {
-            return -1;
-        }
-        block->next = table->blocks;
-        table->blocks = block;
-        table->usedInBlock = 0;
+    if (table->count == table->room && !GrowItems(*table)) {
+        return -1;
     }
-    HashItem*& chain = table->buckets[BucketOf(color)];
-    HashItem& item = table->blocks->items[table->usedInBlock++];
-    item = {{color, value}, chain};
-    chain = &item;
+    if (table->count >> (table->slotBits - 1) != 0 && !GrowSlots(*table, table->slotBits + 1)) {
+        return -1;
+    }
+    const std::uint32_t key = KeyOf(color);
+    table->items[table->count] = {color, value};
+    SlotOf(*table, key) = {key, ++table->count};
     return 0;
 }
 
 int pam_lookupacolor(const ColorHash* table, const Color& color) {
-    const HashItem* item = Find(*table, color);
-    return item != nullptr ? item->item.value : -1;
+    const ColorItem* item = Find(*table, color);
+    return item != nullptr ? item->value : -1;
 }
 
 void pam_freeacolorhash(ColorHash* table) {
     if (table == nullptr) {
         return;
     }
-    while (table->blocks != nullptr) {
-        HashBlock* next = table->blocks->next;
-        delete table->blocks;
-        table->blocks = next;
-    }
+    std::free(table->slots);
+    std::free(table->items);
     delete table;
 }
 

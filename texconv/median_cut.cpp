@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <cstdlib>
+#include <utility>
 
 #include "texconv/palette_quantizer.h"
 
@@ -10,16 +11,50 @@ namespace QXTextureConverter {
 
 namespace {
 
-using ColorCompare = int (*)(const ColorItem&, const ColorItem&);
+// One of a colour's channels, and the order by it.
+struct ChannelOrder {
+    std::uint8_t Color::*channel;
+    int (*compare)(const ColorItem&, const ColorItem&);
+};
 
-template <typename Item, typename Compare>
-void StableSort(Item* items, int count, Compare compare) {
-    std::stable_sort(items, items + count,
-                     [compare](const Item& a, const Item& b) { return compare(a, b) < 0; });
+// Below this many, sorting by comparisons is faster.
+constexpr int kFewItems = 48;
+
+// Stable sort by a channel: by counting, with `spare` as memory for as many items.
+void SortItems(ColorItem* items, int count, const ChannelOrder& order, ColorItem* spare) {
+    if (count < kFewItems) {
+        std::stable_sort(items, items + count,
+                         [&](const ColorItem& a, const ColorItem& b) { return order.compare(a, b) < 0; });
+        return;
+    }
+    std::array<int, 256> starts{};
+    for (int i = 0; i < count; ++i) {
+        ++starts[items[i].color.*order.channel];
+    }
+    int start = 0;
+    for (int& value : starts) {
+        start += std::exchange(value, start);
+    }
+    for (int i = 0; i < count; ++i) {
+        spare[starts[items[i].color.*order.channel]++] = items[i];
+    }
+    std::copy(spare, spare + count, items);
+}
+
+// Stable sort of boxes of which all but few are in order.
+void SortBoxes(ColorBox* boxes, int count) {
+    for (int i = 1; i < count; ++i) {
+        const ColorBox box = boxes[i];
+        int at = i;
+        for (; at > 0 && sumcompare(boxes[at - 1], box) > 0; --at) {
+            boxes[at] = boxes[at - 1];
+        }
+        boxes[at] = box;
+    }
 }
 
 // The order by the box's widest channel; alpha wins ties, then red, then green.
-ColorCompare WidestChannel(const ColorItem* items, int count) {
+ChannelOrder WidestChannel(const ColorItem* items, int count) {
     std::array<int, 4> low{255, 255, 255, 255};
     std::array<int, 4> high{0, 0, 0, 0};
     for (int i = 0; i < count; ++i) {
@@ -35,12 +70,12 @@ ColorCompare WidestChannel(const ColorItem* items, int count) {
     const int blue = high[2] - low[2];
     const int alpha = high[3] - low[3];
     if (alpha >= red && alpha >= green && alpha >= blue) {
-        return alphacompare;
+        return {&Color::a, alphacompare};
     }
     if (red >= green && red >= blue) {
-        return redcompare;
+        return {&Color::r, redcompare};
     }
-    return green >= blue ? greencompare : bluecompare;
+    return green >= blue ? ChannelOrder{&Color::g, greencompare} : ChannelOrder{&Color::b, bluecompare};
 }
 
 // Keeps in `box` the colours up to its median pixel and returns the rest.
@@ -98,7 +133,9 @@ ColorItem* mediancut(ColorItem* histogram, int colors, int sum, int maxval, int 
     const auto room = static_cast<std::size_t>(std::max(newcolors, 1));
     auto* boxes = static_cast<ColorBox*>(std::calloc(room, sizeof(ColorBox)));
     auto* colormap = static_cast<ColorItem*>(std::calloc(room, sizeof(ColorItem)));
-    if (boxes == nullptr || colormap == nullptr) {
+    auto* spare = static_cast<ColorItem*>(
+        std::malloc(static_cast<std::size_t>(std::max(colors, 1)) * sizeof(ColorItem)));
+    if (boxes == nullptr || colormap == nullptr || spare == nullptr) {
         pm_message("  out of memory allocating box vector");
         std::exit(-1);
     }
@@ -111,14 +148,15 @@ ColorItem* mediancut(ColorItem* histogram, int colors, int sum, int maxval, int 
             break;
         }
         ColorItem* items = histogram + box->first;
-        StableSort(items, box->colors, WidestChannel(items, box->colors));
+        SortItems(items, box->colors, WidestChannel(items, box->colors), spare);
         *end = SplitAtMedian(*box, items);
         ++count;
-        StableSort(boxes, count, sumcompare);
+        SortBoxes(boxes, count);
     }
     for (int i = 0; i < count; ++i) {
         colormap[i].color = WeightedMean(histogram + boxes[i].first, boxes[i].colors, maxval);
     }
+    std::free(spare);
     std::free(boxes);
     return colormap;
 }

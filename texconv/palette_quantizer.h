@@ -24,7 +24,7 @@ struct ColorItem {
     int value;
 };
 
-// Colours with a value each: chains in a fixed number of buckets, the newest item first.
+// Colours with a value each, listed by bucket, in each bucket the newest first.
 struct ColorHash;
 
 // Histogram entries [first, first + colors) that share one palette entry.
@@ -51,7 +51,7 @@ ColorItem* pam_computeacolorhist(const Color* const* rows, int cols, int rowcoun
 // The same as a hash, to be freed with pam_freeacolorhash.
 ColorHash* pam_computeacolorhash(const Color* const* rows, int cols, int rowcount, int maxacolors,
                                  int* colors);
-// The items of a hash as an array: buckets in order, each chain from its newest item.
+// The items of a hash as an array: buckets in order, each from its newest item.
 ColorItem* pam_acolorhashtoacolorhist(const ColorHash* table, int colors);
 
 // An empty hash; null, after a line on standard output, without memory.

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "texconv/palette_quantizer.h"
+#include "texconv/row_kernels.h"
 
 namespace QXTextureConverter {
 
@@ -33,10 +34,14 @@ Color EachChannel(const Color& color, const Change& change) {
 }
 
 void ScaleDown(const Image& image, int maxval, int newmaxval) {
+    std::array<std::uint8_t, 256> scaled{};
+    for (int c = 0; c <= maxval; ++c) {
+        scaled[static_cast<std::size_t>(c)] = Byte((c * newmaxval + newmaxval) / maxval);
+    }
     for (int y = 0; y < image.height; ++y) {
         for (int x = 0; x < image.width; ++x) {
             Color& color = image.rows[y][x];
-            color = EachChannel(color, [=](int c) { return (c * newmaxval + newmaxval) / maxval; });
+            color = EachChannel(color, [&](std::size_t c) { return scaled[c]; });
         }
     }
 }
@@ -99,7 +104,16 @@ void WritePalette(const ColorItem* colormap, const int* remap, int newcolors, in
 class NearestColor {
   public:
     NearestColor(const ColorItem* colormap, int newcolors, bool verbose)
-        : m_colormap(colormap), m_newcolors(newcolors), m_verbose(verbose), m_known(pam_allocacolorhash()) {}
+        : m_verbose(verbose), m_known(pam_allocacolorhash()) {
+        m_palette.count = static_cast<std::uint32_t>(newcolors);
+        for (int i = 0; i < newcolors; ++i) {
+            const Color& color = colormap[i].color;
+            m_palette.red[i] = color.r;
+            m_palette.green[i] = color.g;
+            m_palette.blue[i] = color.b;
+            m_palette.alpha[i] = color.a;
+        }
+    }
     ~NearestColor() { pam_freeacolorhash(m_known); }
     NearestColor(const NearestColor&) = delete;
     NearestColor& operator=(const NearestColor&) = delete;
@@ -120,21 +134,8 @@ class NearestColor {
 
   private:
     int Search(const Color& color) const {
-        int best = 0;
-        int bestDistance = 2000000000;
-        for (int i = 0; i < m_newcolors; ++i) {
-            const Color& entry = m_colormap[i].color;
-            const int red = color.r - entry.r;
-            const int green = color.g - entry.g;
-            const int blue = color.b - entry.b;
-            const int alpha = color.a - entry.a;
-            const int distance = red * red + green * green + blue * blue + alpha * alpha;
-            if (distance < bestDistance) {
-                best = i;
-                bestDistance = distance;
-            }
-        }
-        return best;
+        const std::uint8_t rgba[] = {color.r, color.g, color.b, color.a};
+        return static_cast<int>(m_kernels.nearest(m_palette, rgba));
     }
 
     void Forget() {
@@ -145,16 +146,23 @@ class NearestColor {
         m_known = nullptr;
     }
 
-    const ColorItem* m_colormap;
-    int m_newcolors;
+    const RowKernels& m_kernels = SelectRowKernels();
+    PaletteColors m_palette;
     bool m_verbose;
     ColorHash* m_known;
 };
 
+// Neighbours are often alike.
 void MapPixels(const Image& image, NearestColor& nearest, const int* remap, unsigned char* indices) {
+    Color last = image.rows[0][0];
+    std::uint8_t index = Byte(remap[nearest(last)]);
     for (int y = 0; y < image.height; ++y) {
         for (int x = 0; x < image.width; ++x) {
-            *indices++ = Byte(remap[nearest(image.rows[y][x])]);
+            if (image.rows[y][x] != last) {
+                last = image.rows[y][x];
+                index = Byte(remap[nearest(last)]);
+            }
+            *indices++ = index;
         }
     }
 }

@@ -18,6 +18,15 @@ struct Span {
 };
 inline constexpr std::uint32_t kMostInMean = 1u << 13;
 
+// A palette's channels, for the search of the nearest colour.
+struct PaletteColors {
+    std::uint32_t count;
+    std::int16_t red[256];
+    std::int16_t green[256];
+    std::int16_t blue[256];
+    std::int16_t alpha[256];
+};
+
 // Codes of nBumpmap; any other gives a flat normal map.
 enum BumpKernel : std::uint32_t {
     kNoBumpmap = 0,
@@ -63,6 +72,9 @@ struct RowKernels {
     // Normals from three lines of heights, which have one more at each end.
     void (*normals)(std::uint32_t kernel, const std::int32_t* const* lines, std::size_t count, float nz,
                     std::uint8_t* rgba);
+
+    // The first of the palette's colours with the least squared distance from R, G, B, A.
+    std::uint32_t (*nearest)(const PaletteColors& palette, const std::uint8_t* rgba);
 };
 
 // The plain set, the reference for all others.

@@ -147,6 +147,23 @@ void Normals(std::uint32_t kernel, const std::int32_t* const* lines, std::size_t
     }
 }
 
+std::uint32_t Nearest(const PaletteColors& palette, const std::uint8_t* rgba) {
+    std::uint32_t best = 0;
+    int bestDistance = 2000000000;
+    for (std::uint32_t i = 0; i < palette.count; ++i) {
+        const int red = rgba[0] - palette.red[i];
+        const int green = rgba[1] - palette.green[i];
+        const int blue = rgba[2] - palette.blue[i];
+        const int alpha = rgba[3] - palette.alpha[i];
+        const int distance = red * red + green * green + blue * blue + alpha * alpha;
+        if (distance < bestDistance) {
+            best = i;
+            bestDistance = distance;
+        }
+    }
+    return best;
+}
+
 }  // namespace
 
 constinit const RowKernels kScalarRowKernels{
@@ -167,6 +184,7 @@ constinit const RowKernels kScalarRowKernels{
     .cubicFloats = CubicRow<FloatPixel>,
     .heights = Heights,
     .normals = Normals,
+    .nearest = Nearest,
 };
 
 }  // namespace QXTextureConverter

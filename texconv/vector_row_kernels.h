@@ -5,6 +5,7 @@
 
 #include "texconv/vector_bump.h"
 #include "texconv/vector_float.h"
+#include "texconv/vector_palette.h"
 #include "texconv/vector_plain.h"
 #include "texconv/vector_scale.h"
 
@@ -29,6 +30,7 @@ constexpr RowKernels kVectorRowKernels{
     .cubicFloats = CubicFloats,
     .heights = Heights,
     .normals = Normals,
+    .nearest = Nearest,
 };
 
 }  // namespace
