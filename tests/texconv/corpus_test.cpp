@@ -111,8 +111,13 @@ TEST(Corpus, DigestsAreTheSameEverywhere) {
         0xC6C3039D764D72FA, 0x37F08141BDC9E17E, 0x623C92D3FAC5A35B, 0x850291F2DF0D6E1B, 0xB1C9A60014E889F3,
         0xB39DD7BB3BDFE8E1, 0xBCBBD14F264FD9AA, 0xF68CA25984030DA1, 0xA402C18167617F9A, 0x53DC3866A1125D62};
     static_assert(std::size(digests) == kFormats.size());
+    const auto usual = zorvan::texcompress::SelectedInstructionSet();
     WithEachKernelSet([&] {
         for (std::size_t i = 0; i < kFormats.size(); ++i) {
+            // The codecs take most of the time, and their kernels have tests of their own.
+            if (kFormats[i].IsCompressed() && zorvan::texcompress::SelectedInstructionSet() != usual) {
+                continue;
+            }
             EXPECT_EQ(DigestOf(kFormats[i].code), digests[i]) << kFormats[i].name;
         }
     });
