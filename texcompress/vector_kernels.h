@@ -8,7 +8,7 @@ namespace zorvan::texcompress {
 
 /// For every processor of the target.
 extern const BlockKernels kBaselineKernels;
-/// For x86 processors with AVX2;.
+/// For x86 processors with AVX2.
 extern const BlockKernels kAvx2Kernels;
 
 }  // namespace zorvan::texcompress
