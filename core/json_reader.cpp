@@ -86,14 +86,14 @@ bool JsonReader::Finish() {
 
 void JsonReader::Push(Value const& value) {
     const auto index = static_cast<uint32_t>(&value - document_->values.data());
-    levels_.push_back({index, 0, 0, index + 1, keys_.size()});
+    levels_.push_back({index, 0, index + 1, keys_.size()});
 }
 
 Value* JsonReader::Find(char const* key) {
     if (Failed() || levels_.empty()) {
         return nullptr;
     }
-    Level& level = levels_.back();
+    Level const& level = levels_.back();
     Value const& object = document_->values[level.value];
     if (object.type != Type::Object) {
         FailType(object, "an object");
@@ -105,7 +105,6 @@ Value* JsonReader::Find(char const* key) {
     for (uint32_t i = 0; i < object.count; ++i) {
         Value& member = document_->values[index];
         if (document_->Key(member) == wanted) {
-            level.asked += member.asked ? 0 : 1;
             member.asked = true;
             return &member;
         }
@@ -308,8 +307,17 @@ bool JsonReader::Enter(uint32_t index) {
 void JsonReader::Leave() {
     const Level level = levels_.back();
     Value const& value = document_->values[level.value];
-    if (!Failed() && value.type == Type::Object && level.asked < value.count) {
-        FailUnknown(level);
+    if (!Failed() && value.type == Type::Object) {
+        // An object that is entered twice keeps what was asked for the first time.
+        uint32_t index = level.value + 1;
+        for (uint32_t i = 0; i < value.count; ++i) {
+            Value const& member = document_->values[index];
+            if (!member.asked) {
+                FailUnknown(level, member);
+                break;
+            }
+            index = member.next;
+        }
     }
     keys_.resize(level.keysBegin);
     levels_.pop_back();
@@ -343,7 +351,7 @@ void JsonReader::FailType(Value const& value, char const* expected) {
     FailAt(value, "got " + Describe(value) + ", expected " + expected);
 }
 
-void JsonReader::FailUnknown(Level const& level) {
+void JsonReader::FailUnknown(Level const& level, Value const& unknown) {
     std::vector<std::string_view> known(keys_.begin() + static_cast<std::ptrdiff_t>(level.keysBegin),
                                         keys_.end());
     std::sort(known.begin(), known.end());
@@ -352,11 +360,6 @@ void JsonReader::FailUnknown(Level const& level) {
     for (std::string_view key : known) {
         expected += (expected.empty() ? "" : ", ") + std::string(key);
     }
-    uint32_t index = level.value + 1;
-    while (document_->values[index].asked) {
-        index = document_->values[index].next;
-    }
-    Value const& unknown = document_->values[index];
     FailAt(unknown,
            "got the unknown key " + json::Quote(document_->Key(unknown)) + ", expected one of " + expected);
 }

@@ -69,7 +69,6 @@ class ZORVAN_CORE_API JsonReader final : public Deserializer {
     // The current object or array, and those around it.
     struct Level {
         uint32_t value;
-        uint32_t asked = 0;    // members found so far
         uint32_t element = 0;  // of an array: the one that cursor stands at
         uint32_t cursor = 0;
         size_t keysBegin = 0;  // of the keys asked for here, in keys_
@@ -80,7 +79,7 @@ class ZORVAN_CORE_API JsonReader final : public Deserializer {
     bool ReadReal(json::Value const& value, RealFixed& number);
     void FailAt(json::Value const& value, std::string const& message);
     void FailType(json::Value const& value, char const* expected);
-    void FailUnknown(Level const& level);
+    void FailUnknown(Level const& level, json::Value const& unknown);
     std::string Describe(json::Value const& value) const;
     std::string PathOf(json::Value const& value) const;
     std::string PlaceText(uint32_t place) const;
