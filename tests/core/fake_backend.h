@@ -51,14 +51,12 @@ class Fake : public Base {
     void Visit(Visitor& visitor) override { visitor.VisitTransformNode(*this); }
     Node* CloneDeep() override { return CloneChildren(*this, Clone()); }
 
-    int updates = 0;             // of anything
     int transforms = 0;          // of the world matrix
     std::vector<uint32_t> keys;  // the device's effect keys during the last update
 
   protected:
     void InternalUpdate(GraphicsDevice& device, RealFixed const& time, RealFixed const& delta,
                         bool force) override {
-        ++updates;
         Base::PushEffect(device);
         keys.assign(device.effectKeys.begin(), device.effectKeys.end());
         Base::InternalUpdate(device, time, delta, force);
@@ -99,10 +97,21 @@ class FakeTexture final : public Texture {
     }
 };
 
+// Keeps what was to be drawn.
 class FakeFont final : public Font {
   public:
-    void RenderGlyph(GraphicsDevice&, Glyph const*, Vector2T<RealFixed> const&,
-                     ColorT<RealFixed> const&) override {}
+    struct Draw {
+        Glyph const* glyph;
+        Vector2T<RealFixed> position;
+        ColorT<RealFixed> color;
+    };
+
+    void RenderGlyph(GraphicsDevice&, Glyph const* glyph, Vector2T<RealFixed> const& position,
+                     ColorT<RealFixed> const& color) override {
+        draws.push_back({glyph, position, color});
+    }
+
+    std::vector<Draw> draws;
 };
 
 template <typename T>
@@ -128,6 +137,15 @@ struct FakeBackend {
     ClassRegistry registry;
 };
 
+inline RefT<FakeSprite> Named(char const* name, std::initializer_list<Node*> children = {}) {
+    RefT<FakeSprite> node(new FakeSprite);
+    node->name = name;
+    for (Node* child : children) {
+        node->Attach(child);
+    }
+    return node;
+}
+
 // The node of a name below a node, cameras of timelines left out; null when there is none.
 inline Node* FindNode(Node* node, std::string const& name) {
     if (node->name == name) {
@@ -139,6 +157,10 @@ inline Node* FindNode(Node* node, std::string const& name) {
         }
     }
     return nullptr;
+}
+
+inline FakeSprite* FindSprite(Node* node, std::string const& name) {
+    return static_cast<FakeSprite*>(FindNode(node, name));
 }
 
 constexpr RealFixed Fix(double value) {

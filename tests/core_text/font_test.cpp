@@ -1,69 +1,33 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <filesystem>
 #include <fstream>
 #include <map>
+#include <numeric>
 #include <string>
 
-#include "core/font_file.h"
-#include "fake_font.h"
+#include "tests/core_text/fonts.h"
 
 namespace zorvan::test {
 namespace {
 
 constexpr ColorT<RealFixed> kWhite{kOne<RealFixed>, kOne<RealFixed>, kOne<RealFixed>, kOne<RealFixed>};
 
-class FontTest : public testing::Test {
+class FontTest : public FontFileTest {
   protected:
-    void SetUp() override {
-        for (char const* path : {kDejaVu, kLiberation}) {
-            if (!std::filesystem::exists(path)) {
-                GTEST_SKIP() << path << " is missing: install fonts-dejavu-core and fonts-liberation2";
-            }
-        }
+    RefT<FakeFont> Open(char const* path, int size) {
+        RefT<FakeFont> font(new FakeFont);
         std::string error;
-        if (!FontFile::Open(kDejaVu, 20, error) && error.find("without font support") != error.npos) {
-            GTEST_SKIP() << error;
-        }
-        directory_ =
-            std::filesystem::temp_directory_path() / ("zorvan_font_test_" + std::to_string(::getpid()));
-        std::filesystem::create_directories(directory_);
-    }
-    void TearDown() override {
-        if (!directory_.empty()) {
-            std::filesystem::remove_all(directory_);
-        }
-    }
-
-    RefT<RecordingFont> Open(char const* path, int size) {
-        RefT<RecordingFont> font(new RecordingFont);
-        std::string error;
-        EXPECT_TRUE(font->LoadFile(registry_, path, size, error)) << error;
+        EXPECT_TRUE(font->LoadFile(backend_.registry, path, size, error)) << error;
+        EXPECT_TRUE(font->Initialize());
         return font;
     }
 
-    void Draw(RecordingFont& font, wchar_t const* text) {
+    std::vector<FakeFont::Draw> const& Draw(FakeFont& font, std::wstring const& text, int spacing = 0) {
         font.draws.clear();
-        font.DrawString(device_, MStringT<wchar_t>(text), kWhite, 0, 0);
+        font.DrawString(device_, MStringT<wchar_t>(text), kWhite, spacing, 0);
+        return font.draws;
     }
-
-    // A file of the first bytes of a font.
-    std::string Cut(char const* path, size_t bytes) {
-        std::ifstream in(path, std::ios::binary);
-        std::string data(bytes, '\0');
-        in.read(data.data(), static_cast<std::streamsize>(bytes));
-        return Write(data);
-    }
-    std::string Write(std::string const& data) {
-        const std::filesystem::path path = directory_ / "font.ttf";
-        std::ofstream(path, std::ios::binary) << data;
-        return path.string();
-    }
-
-    PlainRegistry registry_;
-    NullDevice device_;
-    std::filesystem::path directory_;
 };
 
 // Coverage of a glyph on its page, rows from the glyph's top.
@@ -86,28 +50,21 @@ std::vector<std::vector<int>> Coverage(Font const& font, Glyph const& glyph) {
 }
 
 int RowSum(std::vector<int> const& row) {
-    int sum = 0;
-    for (int value : row) {
-        sum += value;
-    }
-    return sum;
+    return std::accumulate(row.begin(), row.end(), 0);
 }
 
 TEST_F(FontTest, PagesHoldCoverageBottomUp) {
-    const RefT<RecordingFont> font = Open(kDejaVu, 32);
-    ASSERT_TRUE(font->Initialize());
-    ASSERT_GE(font->PageCount(), 1u);
-    for (uint32_t i = 0; i < font->PageCount(); ++i) {
-        Texture& page = font->Page(i);
-        EXPECT_EQ(page.format.Get(), 6u);
-        ASSERT_EQ(page.levels.Count(), 1u);
-        const auto bytes = static_cast<uint32_t>(page.width.Get() * page.height.Get() * 4);
-        EXPECT_EQ(page.levels[0], (TextureLevel{static_cast<uint32_t>(page.width.Get()),
-                                                static_cast<uint32_t>(page.height.Get()), 0, bytes}));
-        ASSERT_EQ(page.pixels.size, bytes);
-        for (uint32_t offset = 3; offset < bytes; offset += 4) {
-            ASSERT_EQ(page.pixels.data[offset], 255) << "alpha";
-        }
+    const RefT<FakeFont> font = Open(kDejaVu, 32);
+    ASSERT_EQ(font->PageCount(), 1u);
+    Texture& page = font->Page(0);
+    EXPECT_EQ(page.format.Get(), 6u);
+    const auto width = static_cast<uint32_t>(page.width.Get()),
+               height = static_cast<uint32_t>(page.height.Get());
+    ASSERT_EQ(page.levels.Count(), 1u);
+    EXPECT_EQ(page.levels[0], (TextureLevel{width, height, 0, width * height * 4}));
+    ASSERT_EQ(page.pixels.size, width * height * 4);
+    for (uint32_t offset = 3; offset < page.pixels.size; offset += 4) {
+        ASSERT_EQ(page.pixels.data[offset], 255) << "alpha";
     }
     // A T has its bar at the top, an L at the bottom; full coverage inside.
     const auto bar = Coverage(*font, *font->FindGlyph('T'));
@@ -119,22 +76,17 @@ TEST_F(FontTest, PagesHoldCoverageBottomUp) {
     Glyph const& capital = *font->FindGlyph('T');
     EXPECT_EQ(capital.offsetY, RealFixed::FromInt(-capital.height));
     Glyph const& descender = *font->FindGlyph('g');
-    EXPECT_GT(descender.offsetY + RealFixed::FromInt(descender.height), RealFixed::FromInt(4));
+    EXPECT_GT(descender.offsetY + RealFixed::FromInt(descender.height), Fix(4));
 }
 
-TEST_F(FontTest, GlyphsLieApartOnTheirPages) {
-    const RefT<RecordingFont> font = Open(kLiberation, 19);
-    ASSERT_TRUE(font->Initialize());
-    // All ink of a page lies in the glyphs' boxes, and the pixels around each box are blank.
-    std::vector<std::vector<int>> owners;
+TEST_F(FontTest, AllInkLiesInTheGlyphsBoxes) {
+    const RefT<FakeFont> font = Open(kLiberation, 19);
     int64_t boxed = 0, all = 0;
-    for (uint32_t c = 0x21; c < 0x7F; ++c) {
-        for (auto const& row : Coverage(*font, *font->FindGlyph(c))) {
+    for (uint32_t c = 0x20; c < 0x7F; ++c) {
+        // The last one is that for missing characters.
+        for (auto const& row : Coverage(*font, *font->FindGlyph(c == 0x20 ? 0x10FFFF : c))) {
             boxed += RowSum(row);
         }
-    }
-    for (auto const& row : Coverage(*font, *font->FindGlyph(0x10FFFF))) {  // the one for missing characters
-        boxed += RowSum(row);
     }
     for (uint32_t i = 0; i < font->PageCount(); ++i) {
         Texture& page = font->Page(i);
@@ -147,182 +99,151 @@ TEST_F(FontTest, GlyphsLieApartOnTheirPages) {
 }
 
 TEST_F(FontTest, ScriptsAndMissingCharacters) {
-    const RefT<RecordingFont> font = Open(kDejaVu, 24);
-    ASSERT_TRUE(font->Initialize());
-    const MStringT<wchar_t> text =
-        FromUtf8("\xCE\xA9\xD0\x96\xE2\x82\xAC\xF0\x9D\x94\xB8");  // omega, zhe, euro, double-struck A
-    font->DrawString(device_, text, kWhite, 0, 0);
-    ASSERT_EQ(font->draws.size(), 4u);
-    for (RecordingFont::Draw const& draw : font->draws) {
-        EXPECT_NE(draw.glyph->index, 0u);
-    }
-    // A private character, a surrogate and what is beyond Unicode.
-    Draw(*font, L"\xE123\xD800\x110000");
-    ASSERT_EQ(font->draws.size(), 3u);
-    for (RecordingFont::Draw const& draw : font->draws) {
-        EXPECT_EQ(draw.glyph->index, 0u);
-        EXPECT_GT(draw.glyph->width, 0);
-        EXPECT_GT(RowSum(Coverage(*font, *draw.glyph)[0]), 0) << "the box for missing characters";
+    const RefT<FakeFont> font = Open(kDejaVu, 24);
+    // Omega, zhe, euro, double-struck A; a private character, a surrogate and what is beyond Unicode.
+    auto const& draws = Draw(*font, L"\x3A9\x416\x20AC\x1D538\xE123\xD800\x110000");
+    ASSERT_EQ(draws.size(), 7u);
+    for (size_t i = 0; i < 7; ++i) {
+        Glyph const& glyph = *draws[i].glyph;
+        EXPECT_EQ(glyph.index == 0, i >= 4) << i;
+        EXPECT_GT(RowSum(Coverage(*font, glyph)[0]), 0) << i;
     }
 }
 
 TEST_F(FontTest, LateGlyphsGoOnNewPages) {
-    const RefT<RecordingFont> font = Open(kDejaVu, 24);
-    ASSERT_TRUE(font->Initialize());
+    const RefT<FakeFont> font = Open(kDejaVu, 24);
     const uint32_t pages = font->PageCount();
     Draw(*font, L"abc");
     EXPECT_EQ(font->PageCount(), pages);
     // The first page was uploaded and its memory dropped.
     font->Page(0).ReleasePixelStore();
-    Draw(*font, L"a\x416\x3A9\x416");
+    auto const& draws = Draw(*font, L"a\x416\x3A9\x416");
     EXPECT_EQ(font->PageCount(), pages + 1) << "one page for all new glyphs of a string";
-    ASSERT_EQ(font->draws.size(), 4u);
-    EXPECT_EQ(font->draws[0].glyph->page, 0);
-    EXPECT_EQ(font->draws[1].glyph->page, static_cast<int16_t>(pages));
-    EXPECT_EQ(font->draws[1].glyph, font->draws[3].glyph);
+    ASSERT_EQ(draws.size(), 4u);
+    EXPECT_EQ(draws[0].glyph->page, 0);
+    EXPECT_EQ(draws[1].glyph->page, static_cast<int16_t>(pages));
+    EXPECT_EQ(draws[1].glyph, draws[3].glyph);
     Draw(*font, L"\x416");
     EXPECT_EQ(font->PageCount(), pages + 1);
 }
 
 TEST_F(FontTest, PagesDoNotDependOnTheOrderOfCharacters) {
-    std::vector<uint8_t> first;
-    for (wchar_t const* text : {L"\x416\x3A9\x44F", L"\x44F\x3A9\x416\x3A9"}) {
-        const RefT<RecordingFont> font = Open(kDejaVu, 24);
+    std::vector<uint8_t> bytes[2];
+    wchar_t const* const texts[2] = {L"\x416\x3A9\x44F", L"\x44F\x3A9\x416\x3A9"};
+    for (int i = 0; i < 2; ++i) {
+        const RefT<FakeFont> font(new FakeFont);
         std::string error;
-        ASSERT_TRUE(font->AddCharacters(text, error)) << error;
+        ASSERT_TRUE(font->LoadFile(backend_.registry, kDejaVu, 24, error)) << error;
+        ASSERT_TRUE(font->AddCharacters(texts[i], error)) << error;
         ASSERT_TRUE(font->Initialize());
-        ASSERT_EQ(font->PageCount(), 1u);
         PixelStore const& pixels = font->Page(0).pixels;
-        std::vector<uint8_t> bytes(pixels.data, pixels.data + pixels.size);
-        if (first.empty()) {
-            first = bytes;
-        }
-        EXPECT_EQ(bytes, first);
+        bytes[i].assign(pixels.data, pixels.data + pixels.size);
     }
+    EXPECT_EQ(bytes[0], bytes[1]);
 }
 
 TEST_F(FontTest, DrawsOnWholePixelsWithKerningAndOptions) {
-    const RefT<RecordingFont> font = Open(kLiberation, 40);
-    ASSERT_TRUE(font->Initialize());
-    Draw(*font, L"AV");
-    ASSERT_EQ(font->draws.size(), 2u);
-    Glyph const& a = *font->draws[0].glyph;
-    Glyph const& v = *font->draws[1].glyph;
+    const RefT<FakeFont> font = Open(kLiberation, 40);
+    auto const& draws = Draw(*font, L"AV");
+    ASSERT_EQ(draws.size(), 2u);
+    Glyph const& a = *draws[0].glyph;
+    Glyph const& v = *draws[1].glyph;
     EXPECT_LT(font->Kerning(a, v), RealFixed{});
-    EXPECT_EQ(font->draws[1].position.x - v.offsetX, a.advance + font->Kerning(a, v));
-    EXPECT_EQ(font->draws[0].position.y, font->ascent + a.offsetY);
+    EXPECT_EQ(draws[1].position.x - v.offsetX, a.advance + font->Kerning(a, v));
+    EXPECT_EQ(draws[0].position.y, font->ascent + a.offsetY);
 
     const ColorT<RealFixed> color{RealFixed{1}, RealFixed{2}, RealFixed{3}, RealFixed{4}};
     font->draws.clear();
-    const SizeT<RealFixed> box{RealFixed::FromInt(301), RealFixed::FromInt(201)};
-    font->DrawString(device_, L"A V", color, box, TextAlignment::Center | TextAlignment::Bottom, 2, 0);
-    ASSERT_EQ(font->draws.size(), 2u);
-    EXPECT_EQ(font->draws[0].color, color);
-    EXPECT_EQ(font->draws[0].position.y - a.offsetY,
-              RealFixed::FromInt(201) - font->lineHeight + font->ascent);
-    for (RecordingFont::Draw const& draw : font->draws) {
-        EXPECT_EQ((draw.position.x.raw | draw.position.y.raw) & 0xFFFF, 0);
-    }
+    font->DrawString(device_, L"A V", color, {Fix(301), Fix(201)},
+                     TextAlignment::Center | TextAlignment::Bottom, 2, 0);
+    ASSERT_EQ(draws.size(), 2u);
+    EXPECT_EQ(draws[0].color, color);
+    EXPECT_EQ(draws[0].position.y - a.offsetY, Fix(201) - font->lineHeight + font->ascent);
+    EXPECT_EQ((draws[1].position.x.raw | draws[1].position.y.raw) & 0xFFFF, 0);
 }
 
-TEST_F(FontTest, SameStringWithOtherOptionsIsLaidOutAgain) {
-    const RefT<RecordingFont> font = Open(kDejaVu, 16);
-    ASSERT_TRUE(font->Initialize());
-    std::map<int, RealFixed> second;
+TEST_F(FontTest, RemembersLayoutsByStringAndOptions) {
+    const RefT<FakeFont> font = Open(kDejaVu, 16);
+    const RealFixed second = Draw(*font, L"xx")[1].position.x;
     for (int round = 0; round < 2; ++round) {
         for (int spacing : {0, 3}) {
-            font->draws.clear();
-            font->DrawString(device_, L"xx", kWhite, spacing, 0);
-            ASSERT_EQ(font->draws.size(), 2u);
-            if (round == 0) {
-                second[spacing] = font->draws[1].position.x;
-            }
-            EXPECT_EQ(font->draws[1].position.x, second[spacing]);
+            EXPECT_EQ(Draw(*font, L"xx", spacing)[1].position.x, second + RealFixed::FromInt(spacing));
         }
-    }
-    EXPECT_EQ(second[3] - second[0], RealFixed::FromInt(3));
-    // Many strings share the table of remembered layouts.
-    for (int round = 0; round < 2; ++round) {
+        // Many strings share the table.
         for (int i = 0; i < 3000; ++i) {
-            font->draws.clear();
             const std::wstring digits = std::to_wstring(i);
-            font->DrawString(device_, MStringT<wchar_t>(digits), kWhite, 0, 0);
-            ASSERT_EQ(font->draws.size(), digits.size());
+            auto const& draws = Draw(*font, digits);
+            ASSERT_EQ(draws.size(), digits.size());
             for (size_t k = 0; k < digits.size(); ++k) {
-                ASSERT_EQ(font->draws[k].glyph, font->FindGlyph(static_cast<uint32_t>(digits[k])));
+                ASSERT_EQ(draws[k].glyph, font->FindGlyph(static_cast<uint32_t>(digits[k])));
             }
         }
     }
 }
 
 TEST_F(FontTest, BadFilesGiveOneClearLine) {
-    const struct {
-        char const* name;
+    const std::filesystem::path folder = testing::TempDir() + "zorvan_fonts_" + std::to_string(::getpid());
+    const std::string damaged = (folder / "font.ttf").string();
+    struct Case {
         std::string path;
         int size;
+        std::string data;  // of the damaged file
         char const* expected;
-    } cases[] = {
-        {"missing", (directory_ / "none.ttf").string(), 20, "No such file or directory"},
-        {"folder", directory_.string(), 20, "got a folder, expected a file"},
-        {"sizeZero", kDejaVu, 0, "got a font size of 0, expected 1 to 512 pixels"},
-        {"negativeSize", kDejaVu, -3, "got a font size of -3"},
-        {"absurdSize", kDejaVu, 2000000000, "got a font size of 2000000000"},
     };
-    for (auto const& row : cases) {
-        SCOPED_TRACE(row.name);
+    std::vector<Case> cases = {
+        {(folder / "none.ttf").string(), 20, "", "No such file or directory"},
+        {folder.string(), 20, "", "got a folder, expected a file"},
+        {kDejaVu, 0, "", "got a font size of 0, expected 1 to 512 pixels"},
+        {kDejaVu, -3, "", "got a font size of -3"},
+        {kDejaVu, 2000000000, "", "got a font size of 2000000000"},
+        {damaged, 20, "", ""},
+        {damaged, 20, "not a font at all", ""},
+        {damaged, 20, std::string(5000, '\0'), ""},
+    };
+    std::ifstream in(kDejaVu, std::ios::binary);
+    const std::string whole{std::istreambuf_iterator<char>(in), {}};
+    for (size_t sixteenths = 0; sixteenths < 16; ++sixteenths) {
+        cases.push_back(
+            {damaged, 20, whole.substr(0, std::max<size_t>(4, whole.size() * sixteenths / 16)), ""});
+    }
+    std::filesystem::create_directories(folder);
+    for (Case const& row : cases) {
+        SCOPED_TRACE(row.path + " " + row.expected + std::to_string(row.data.size()));
+        std::ofstream(damaged, std::ios::binary) << row.data;
         std::string error;
-        const RefT<RecordingFont> font(new RecordingFont);
-        EXPECT_FALSE(font->LoadFile(registry_, row.path, row.size, error));
+        const RefT<FakeFont> font(new FakeFont);
+        if (font->LoadFile(backend_.registry, row.path, row.size, error)) {
+            EXPECT_GT(row.data.size(), whole.size() / 2);
+            Draw(*font, L"drawn anyway");
+            continue;
+        }
         EXPECT_EQ(error.rfind(row.path + ": ", 0), 0u) << error;
         EXPECT_NE(error.find(row.expected), error.npos) << error;
         EXPECT_EQ(error.find('\n'), error.npos);
-        Draw(*font, L"still drawn without glyphs");
-        EXPECT_TRUE(font->draws.empty());
+        EXPECT_TRUE(Draw(*font, L"still drawn without glyphs").empty());
     }
-}
-
-TEST_F(FontTest, DamagedDataNeverCrashes) {
-    std::string error;
-    for (std::string const& data : {std::string(), std::string("not a font at all"), std::string(5000, '\0'),
-                                    std::string("\0\1\0\0", 4)}) {
-        const RefT<RecordingFont> font(new RecordingFont);
-        EXPECT_FALSE(font->LoadFile(registry_, Write(data), 20, error)) << data.size();
-        EXPECT_EQ(error.find('\n'), error.npos);
-    }
-    const auto whole = static_cast<size_t>(std::filesystem::file_size(kDejaVu));
-    size_t refused = 0;
-    for (size_t cut = 1; cut < 16; ++cut) {
-        const RefT<RecordingFont> font(new RecordingFont);
-        const std::string path = Cut(kDejaVu, whole * cut / 16);
-        error.clear();
-        if (!font->LoadFile(registry_, path, 20, error)) {
-            ++refused;
-            EXPECT_EQ(error.rfind(path + ": ", 0), 0u) << error;
-        }
-        Draw(*font, L"drawn anyway");
-    }
-    EXPECT_GT(refused, 8u);
+    std::filesystem::remove_all(folder);
 }
 
 TEST(FontTables, GlyphsAndKerningOfTheOwner) {
-    const RefT<RecordingFont> font(new RecordingFont);
-    font->lineHeight = RealFixed::FromInt(10);
+    const RefT<FakeFont> font(new FakeFont);
+    font->lineHeight = Fix(10);
     Glyph glyph;
     glyph.width = glyph.height = 4;
-    glyph.advance = RealFixed::FromInt(5);
+    glyph.advance = Fix(5);
     for (uint32_t c : {'a', 'b'}) {
         glyph.index = c;
         font->AddGlyph(c, glyph);
     }
-    NullDevice device;
+    FakeDevice device;
     ASSERT_TRUE(font->Initialize());
     font->DrawString(device, L"a?b", kWhite, 0, 0);
     ASSERT_EQ(font->draws.size(), 2u) << "without a glyph for missing characters they show nothing";
-    EXPECT_EQ(font->draws[1].position.x, RealFixed::FromInt(5));
-    font->AddKerning('a', 'b', RealFixed::FromInt(-2));
+    EXPECT_EQ(font->draws[1].position.x, Fix(5));
+    font->AddKerning('a', 'b', Fix(-2));
     font->draws.clear();
     font->DrawString(device, L"a?b", kWhite, 0, 0);
-    EXPECT_EQ(font->draws[1].position.x, RealFixed::FromInt(3));
+    EXPECT_EQ(font->draws[1].position.x, Fix(3));
 }
 
 }  // namespace
