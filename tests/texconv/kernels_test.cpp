@@ -1,6 +1,6 @@
 // Every set of kernels against the plain one, bit for bit, at every length and alignment.
 #include <algorithm>
-#include <tuple>
+#include <limits>
 
 #include "tests/texconv/support.h"
 #include "texconv/row_kernels.h"
@@ -82,6 +82,59 @@ TEST(RowKernels, ChannelsOfEveryValue) {
         check(&RowKernels::bytesToHalves, bytes, 2);
         check(&RowKernels::floatsToHalves, words, 2);
         check(&RowKernels::halvesToFloats, halves, 4);
+    });
+}
+
+TEST(RowKernels, MeansOfEveryQuotient) {
+    std::vector<std::uint32_t> sums(4 * 256);
+    std::vector<Span> spans;
+    for (std::uint32_t i = 0; i < 256; ++i) {
+        spans.push_back({i, 1});
+    }
+    WithEachKernelSet([&] {
+        for (std::uint32_t count = 1; count <= kMostInMean; count += count < 300 ? 1 : 97) {
+            for (std::uint32_t i = 0; i < 256; ++i) {
+                const std::uint32_t whole = i * count;
+                const std::uint32_t most = 255 * count;
+                const std::uint32_t near[] = {whole, std::min(whole + 1, most), std::max(whole, 1u) - 1,
+                                              std::min(whole + count - 1, most)};
+                std::copy(std::begin(near), std::end(near), sums.begin() + i * 4);
+            }
+            ExpectSame(sums.size(), [&](const RowKernels& set, std::uint8_t* to) {
+                set.averageSpans(sums.data(), spans.data(), spans.size(), count, to);
+            });
+        }
+    });
+}
+
+TEST(RowKernels, HeightsOfEverySumAndNormalsOfEverySlope) {
+    Bytes pixels;
+    for (std::uint32_t sum = 0; sum <= 765; ++sum) {
+        const std::uint32_t red = std::min(sum, 255u);
+        const std::uint32_t green = std::min(sum - red, 255u);
+        pixels.insert(pixels.end(), {static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green),
+                                     static_cast<std::uint8_t>(sum - red - green), 9});
+    }
+    std::vector<std::int32_t> slopes;
+    for (std::int32_t slope = -1020; slope <= 1020; ++slope) {
+        slopes.push_back(slope);
+    }
+    const std::vector<std::int32_t> flat(slopes.size(), 0);
+    const std::int32_t* lines[] = {flat.data() + 1, slopes.data() + 1, flat.data() + 1};
+    WithEachKernelSet([&] {
+        ExpectSame(766 * 4, [&](const RowKernels& set, std::uint8_t* to) {
+            std::vector<std::int32_t> heights(766);
+            set.heights(pixels.data(), heights.size(), heights.data());
+            std::memcpy(to, heights.data(), heights.size() * 4);
+        });
+        for (const float nz : {1.0f, -0.1f, 10.0f, 1e-9f, std::numeric_limits<float>::infinity()}) {
+            for (std::uint32_t kernel = 1; kernel <= 4; ++kernel) {
+                const std::size_t count = slopes.size() - 2 - kernel;
+                ExpectSame(count * 4, [&](const RowKernels& set, std::uint8_t* to) {
+                    set.normals(kernel, lines, count, nz, to);
+                });
+            }
+        }
     });
 }
 
