@@ -1,9 +1,8 @@
-// The colour hash, the histogram made from it, and the quantizer's memory.
+// The colour hash and the histogram made from it.
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <new>
 
@@ -16,7 +15,7 @@ namespace {
 constexpr std::uint32_t kBuckets = 20023;
 constexpr std::uint32_t kFirstItems = 1024;
 // Most tables hold the colours of one histogram.
-constexpr unsigned kFirstSlotBits = 16;
+constexpr unsigned kFirstSlotBits = 17;
 
 std::uint32_t BucketOf(const Color& color) {
     const std::uint32_t hash = color.r * 33023u + color.g * 30013u + color.b * 27011u + color.a * 24007u;
@@ -27,43 +26,33 @@ std::uint32_t KeyOf(const Color& color) {
     return std::bit_cast<std::uint32_t>(color);
 }
 
-// A colour and the number of its newest item plus 1; 0 marks a free slot.
-struct Slot {
-    std::uint32_t key;
-    std::uint32_t item;
-};
-
-[[noreturn]] void EndWithoutMemory(const char* text) {
-    pm_message(text);
-    std::exit(-1);
-}
-
 }  // namespace
 
-// The items lie in the order of their coming, which tells the chains of the buckets; slots, at least twice as
-// many, find them: a colour's slot is the first from its own on that is free or has it.
+// The items lie in the order of their coming, which tells the chains of the buckets. Slots, at least twice as
+// many, find them: a colour's slot is the first from its own on that is free (0) or holds the number of its
+// newest item, counted from 1.
 struct ColorHash {
     ColorItem* items = nullptr;
     std::uint32_t count = 0;
     std::uint32_t room = 0;
-    Slot* slots = nullptr;
+    std::uint32_t* slots = nullptr;
     unsigned slotBits = 0;
 };
 
 namespace {
 
-Slot& SlotOf(const ColorHash& table, std::uint32_t key) {
+std::uint32_t& SlotOf(const ColorHash& table, std::uint32_t key) {
     constexpr std::uint32_t kSpread = 2654435769u;
     const std::uint32_t mask = (1u << table.slotBits) - 1;
     std::uint32_t at = key * kSpread >> (32 - table.slotBits);
-    while (table.slots[at].item != 0 && table.slots[at].key != key) {
+    while (table.slots[at] != 0 && KeyOf(table.items[table.slots[at] - 1].color) != key) {
         at = (at + 1) & mask;
     }
     return table.slots[at];
 }
 
 bool GrowSlots(ColorHash& table, unsigned slotBits) {
-    auto* slots = static_cast<Slot*>(std::calloc(std::size_t{1} << slotBits, sizeof(Slot)));
+    auto* slots = static_cast<std::uint32_t*>(std::calloc(std::size_t{1} << slotBits, sizeof(std::uint32_t)));
     if (slots == nullptr) {
         return false;
     }
@@ -71,8 +60,7 @@ bool GrowSlots(ColorHash& table, unsigned slotBits) {
     table.slots = slots;
     table.slotBits = slotBits;
     for (std::uint32_t i = 0; i < table.count; ++i) {
-        const std::uint32_t key = KeyOf(table.items[i].color);
-        SlotOf(table, key) = {key, i + 1};
+        SlotOf(table, KeyOf(table.items[i].color)) = i + 1;
     }
     return true;
 }
@@ -89,8 +77,8 @@ bool GrowItems(ColorHash& table) {
 }
 
 ColorItem* Find(const ColorHash& table, const Color& color) {
-    const Slot& slot = SlotOf(table, KeyOf(color));
-    return slot.item != 0 ? table.items + slot.item - 1 : nullptr;
+    const std::uint32_t slot = SlotOf(table, KeyOf(color));
+    return slot != 0 ? table.items + slot - 1 : nullptr;
 }
 
 }  // namespace
@@ -116,11 +104,12 @@ ColorHash* pam_computeacolorhash(const Color* const* rows, int cols, int rowcoun
     if (table == nullptr) {
         return nullptr;
     }
+    ColorHash known = *table;  // a copy that no store to an item can change
     for (int y = 0; y < rowcount; ++y) {
         for (int x = 0; x < cols; ++x) {
             const Color& color = rows[y][x];
-            if (ColorItem* known = Find(*table, color); known != nullptr) {
-                ++known->value;
+            if (ColorItem* item = Find(known, color); item != nullptr) {
+                ++item->value;
                 continue;
             }
             if (*colors >= maxacolors) {
@@ -134,6 +123,7 @@ ColorHash* pam_computeacolorhash(const Color* const* rows, int cols, int rowcoun
                 pam_freeacolorhash(table);
                 return nullptr;
             }
+            known = *table;
             ++*colors;
         }
     }
@@ -180,15 +170,26 @@ int pam_addtoacolorhash(ColorHash* table, const Color& color, int value) {
     if (table->count >> (table->slotBits - 1) != 0 && !GrowSlots(*table, table->slotBits + 1)) {
         return -1;
     }
-    const std::uint32_t key = KeyOf(color);
     table->items[table->count] = {color, value};
-    SlotOf(*table, key) = {key, ++table->count};
+    std::uint32_t& slot = SlotOf(*table, KeyOf(color));
+    slot = ++table->count;
     return 0;
 }
 
 int pam_lookupacolor(const ColorHash* table, const Color& color) {
     const ColorItem* item = Find(*table, color);
     return item != nullptr ? item->value : -1;
+}
+
+std::span<ColorItem> pam_coloritems(ColorHash* table) {
+    return {table->items, table->count};
+}
+
+void pam_mapcolors(const ColorHash* table, const Color* pixels, std::size_t count, unsigned char* bytes) {
+    const ColorHash known = *table;  // a copy that no store to a byte can change
+    for (std::size_t i = 0; i < count; ++i) {
+        bytes[i] = static_cast<unsigned char>(known.items[SlotOf(known, KeyOf(pixels[i])) - 1].value);
+    }
 }
 
 void pam_freeacolorhash(ColorHash* table) {
@@ -202,48 +203,6 @@ void pam_freeacolorhash(ColorHash* table) {
 
 void pam_freeacolorhist(ColorItem* histogram) {
     std::free(histogram);
-}
-
-void* pm_allocrow(std::size_t cols, std::size_t size) {
-    void* row =
-        size == 0 || cols <= SIZE_MAX / size ? std::malloc(std::max<std::size_t>(cols * size, 1)) : nullptr;
-    if (row == nullptr) {
-        EndWithoutMemory("  out of memory allocating a row");
-    }
-    return row;
-}
-
-void pm_freerow(void* row) {
-    std::free(row);
-}
-
-// One block of pointers and one of rows, which the first pointer owns; so there is always one.
-void** pm_allocarray(std::size_t cols, std::size_t rows, std::size_t size) {
-    rows = std::max<std::size_t>(rows, 1);
-    const std::size_t rowBytes = size == 0 || cols <= SIZE_MAX / size ? cols * size : SIZE_MAX;
-    const bool fits = rowBytes <= SIZE_MAX / rows && rows <= SIZE_MAX / sizeof(void*);
-    auto** array = fits ? static_cast<void**>(std::malloc(rows * sizeof(void*))) : nullptr;
-    auto* memory = array != nullptr
-                       ? static_cast<char*>(std::malloc(std::max<std::size_t>(rows * rowBytes, 1)))
-                       : nullptr;
-    if (memory == nullptr) {
-        std::free(array);
-        EndWithoutMemory("  out of memory allocating an array");
-    }
-    for (std::size_t y = 0; y < rows; ++y) {
-        array[y] = memory + y * rowBytes;
-    }
-    return array;
-}
-
-void pm_freearray(void** array) {
-    std::free(array[0]);
-    std::free(array);
-}
-
-void pm_message(const char* text) {
-    std::puts(text);
-    std::fflush(stdout);
 }
 
 }  // namespace QXTextureConverter

@@ -1,6 +1,5 @@
 // Palette destinations: colour table, then packed indices.
 #include <array>
-#include <cstdlib>
 #include <cstring>
 
 #include "texconv/image.h"
@@ -35,6 +34,10 @@ std::uint32_t TableFormat(std::uint32_t paletteFormat) {
 
 // Indices of `bits` bits (1, 4 or 8) without row padding, the first of a byte in its lowest bits.
 void PackIndices(const std::uint8_t* indices, std::size_t count, std::uint32_t bits, std::uint8_t* to) {
+    if (bits == 8) {
+        std::memcpy(to, indices, count);
+        return;
+    }
     const std::size_t perByte = 8 / bits;
     for (std::size_t i = 0; i < count; i += perByte) {
         std::uint32_t byte = 0;
@@ -56,19 +59,13 @@ void CImage::Output_GenericToPalette() {
     const std::uint32_t colors = 1u << bits;
     const std::size_t pixels = std::size_t{m_nWidth} * m_nHeight;
     std::array<std::uint8_t, std::size_t{kMostColors} * kRgbaBytes> palette{};
-    unsigned char* indices = AllocateImage(m_nWidth, m_nHeight, 1);
-    if (indices == nullptr) {
-        SetBuffer(nullptr);
-        return;
-    }
+    unsigned char* indices = m_pBuffer;  // the quantizer leaves no pixels behind
     if (pngquant(m_pBuffer, indices, palette.data(), static_cast<int>(colors), m_nWidth, m_nHeight, false,
                  false) == 0) {
         Verbose("Palette quantization failed");
         palette.fill(0);
         std::memset(indices, 0, pixels);
     }
-    SetBuffer(nullptr);
-
     const std::uint32_t tableBytes = paletteBits * colors / 8;
     if (paletteBits == 32) {
         std::memcpy(m_pDst->pData, palette.data(), tableBytes);
@@ -78,7 +75,7 @@ void CImage::Output_GenericToPalette() {
         Qonvert(&table, &entries);
     }
     PackIndices(indices, pixels, bits, m_pDst->pData + tableBytes);
-    std::free(indices);
+    SetBuffer(nullptr);
 }
 
 }  // namespace QXTextureConverter

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace QXTextureConverter {
 
@@ -36,9 +37,10 @@ struct ColorBox {
 
 // Reduces `rgba` (width * height packed pixels) to at most `reqcolors` colours, 1 to 256.
 // `indices` receives one byte per pixel; `palette` one R, G, B, A entry per colour used, and
-// nothing beyond. More than 32,767 distinct colours are scaled down in `rgba` itself. `floyd`
-// adds error diffusion (and reseeds the process-wide generator of lrand48), `verbose` prints
-// progress. Returns 1, or 0 on failure, with `indices` and `palette` then undefined.
+// nothing beyond. More than 32,767 distinct colours are scaled down in `rgba` itself. `indices` may start
+// where `rgba` does, which then is lost, but not with `floyd`, which adds error diffusion (and reseeds the
+// process-wide generator of lrand48). `verbose` prints progress. Returns 1, or 0 on failure, with `indices`
+// and `palette` then undefined.
 std::uint32_t pngquant(unsigned char* rgba, unsigned char* indices, unsigned char* palette, int reqcolors,
                        unsigned long width, unsigned long height, bool floyd, bool verbose);
 
@@ -60,6 +62,11 @@ ColorHash* pam_allocacolorhash();
 int pam_addtoacolorhash(ColorHash* table, const Color& color, int value);
 // The colour's value, or -1 if it is not in the table.
 int pam_lookupacolor(const ColorHash* table, const Color& color);
+// The colours in the order of their coming; their values may be changed.
+std::span<ColorItem> pam_coloritems(ColorHash* table);
+// The low byte of the value of every pixel's colour, which must be in the table. `bytes` may start where
+// `pixels` does.
+void pam_mapcolors(const ColorHash* table, const Color* pixels, std::size_t count, unsigned char* bytes);
 void pam_freeacolorhash(ColorHash* table);
 void pam_freeacolorhist(ColorItem* histogram);
 
