@@ -11,7 +11,7 @@ prefix=$work/prefix
 
 printf '%s\n' '32 x 24 RGB565: 1536 bytes, first pixel 0x0010' '64 x 48 ETC1: 1536 bytes' >"$work/expected"
 
-"$cmake" -S "$example" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" \
+"$cmake" -S "$example" -B "$work/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" \
   -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" >/dev/null
 "$cmake" --build "$work/build" >/dev/null
 "$work/build/texture" | diff "$work/expected" -
