@@ -8,20 +8,6 @@
 namespace zorvan {
 namespace {
 
-// Calls read() inside each element of an array that may be missing.
-template <typename ReadElement>
-void ForEach(Deserializer& reader, char const* key, ReadElement&& read) {
-    if (!reader.Enter(key)) {
-        return;
-    }
-    const uint32_t count = reader.Count();
-    for (uint32_t i = 0; i < count && reader.Enter(i); ++i) {
-        read();
-        reader.Leave();
-    }
-    reader.Leave();
-}
-
 // One code point, or 0 for the empty string, which stands for missing characters.
 bool ReadCharacter(Deserializer& reader, char const* key, uint32_t& character) {
     MStringT<wchar_t> text;
@@ -93,13 +79,13 @@ bool Font::LoadTables(Deserializer& reader) {
             return false;
         }
     }
-    ForEach(reader, "pages", [&] { LoadPage(reader); });
+    ForEachElement(reader, "pages", [&](uint32_t) { LoadPage(reader); });
     if (pages_.empty() || pages_.size() > INT16_MAX) {
         reader.Fail("pages", pages_.empty() ? "got no pages, expected at least one"
                                             : "got too many pages, expected at most 32767");
     }
-    ForEach(reader, "glyphs", [&] { LoadGlyph(reader); });
-    ForEach(reader, "kerning", [&] { LoadKerning(reader); });
+    ForEachElement(reader, "glyphs", [&](uint32_t) { LoadGlyph(reader); });
+    ForEachElement(reader, "kerning", [&](uint32_t) { LoadKerning(reader); });
     return !reader.Failed();
 }
 

@@ -80,9 +80,6 @@ class ZORVAN_CORE_API JsonReader final : public Deserializer {
     void FailAt(json::Value const& value, std::string const& message);
     void FailType(json::Value const& value, char const* expected);
     void FailUnknown(Level const& level, json::Value const& unknown);
-    std::string Describe(json::Value const& value) const;
-    std::string PathOf(json::Value const& value) const;
-    std::string PlaceText(uint32_t place) const;
     void Push(json::Value const& value);
     template <typename T>
     bool ReadResource(char const* key, std::unordered_map<std::string, T*> const& resources,

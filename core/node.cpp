@@ -164,17 +164,7 @@ bool Node::Load(Deserializer& reader) {
     if (!GetProperties().Load(reader) || !InternalLoad(reader)) {
         return false;
     }
-    if (!reader.Enter("children")) {
-        return !reader.Failed();
-    }
-    const uint32_t count = reader.Count();
-    for (uint32_t i = 0; i < count && reader.Enter(i); ++i) {
-        const RefT<Node> child(LoadNode(reader));
-        reader.Leave();
-        Attach(child.Get());
-    }
-    reader.Leave();
-    return !reader.Failed();
+    return ForEachElement(reader, "children", [&](uint32_t) { Attach(RefT<Node>(LoadNode(reader)).Get()); });
 }
 
 void Node::InternalSave(Serializer&) {}

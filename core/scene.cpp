@@ -26,21 +26,6 @@ RefT<T> Create(JsonReader& reader, ClassId id, char const* className) {
     return object;
 }
 
-// Calls read(index) inside each element of an array that may be missing.
-template <typename ReadElement>
-bool ForEach(JsonReader& reader, char const* key, ReadElement&& read) {
-    if (!reader.Enter(key)) {
-        return !reader.Failed();
-    }
-    const uint32_t count = reader.Count();
-    for (uint32_t i = 0; i < count && reader.Enter(i); ++i) {
-        read();
-        reader.Leave();
-    }
-    reader.Leave();
-    return !reader.Failed();
-}
-
 // Adds a resource's name to those of its kind.
 bool TakeName(JsonReader& reader, std::string const& name, std::unordered_set<std::string>& names,
               char const* kind) {
@@ -129,7 +114,7 @@ bool Scene::ReadHeader(JsonReader& reader) {
 
 bool Scene::ReadTextures(JsonReader& reader) {
     std::unordered_set<std::string> names;
-    return ForEach(reader, "textures", [&] {
+    return ForEachElement(reader, "textures", [&](uint32_t) {
         RefT<Texture> texture = Create<Texture>(reader, MakeClassId(u"Texture"), "texture");
         if (!texture || !texture->Load(reader)) {
             return;
@@ -144,7 +129,7 @@ bool Scene::ReadTextures(JsonReader& reader) {
 
 bool Scene::ReadFonts(JsonReader& reader) {
     std::unordered_set<std::string> names;
-    return ForEach(reader, "fonts", [&] {
+    return ForEachElement(reader, "fonts", [&](uint32_t) {
         RefT<Font> font = Create<Font>(reader, MakeClassId(u"Font"), "font");
         if (!font || !font->Load(reader) || !TakeName(reader, font->name, names, "font")) {
             return;
@@ -166,7 +151,7 @@ bool Scene::InitializeFonts(JsonReader& reader) {
 }
 
 bool Scene::ReadShaders(JsonReader& reader) {
-    return ForEach(reader, "shaders", [&] {
+    return ForEachElement(reader, "shaders", [&](uint32_t) {
         RefT<Shader> shader = Create<Shader>(reader, MakeClassId(u"Shader"), "shader");
         if (!shader || !shader->Load(reader)) {
             reader.Fail(nullptr, "the shader cannot be read");

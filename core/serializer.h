@@ -54,6 +54,21 @@ class ZORVAN_CORE_API Deserializer {
     virtual ClassRegistry& Registry() = 0;
 };
 
+// Calls read(index) inside each element of the array under key, which may be missing. False after an error.
+template <typename Read>
+bool ForEachElement(Deserializer& reader, char const* key, Read&& read) {
+    if (!reader.Enter(key)) {
+        return !reader.Failed();
+    }
+    const uint32_t count = reader.Count();
+    for (uint32_t i = 0; i < count && reader.Enter(i); ++i) {
+        read(i);
+        reader.Leave();
+    }
+    reader.Leave();
+    return !reader.Failed();
+}
+
 // Writes one document; keys are null inside arrays.
 class ZORVAN_CORE_API Serializer {
   public:

@@ -7,14 +7,6 @@
 namespace zorvan {
 namespace {
 
-struct ModeName {
-    char const* name;
-    PlaybackMode::Enum mode;
-};
-
-constexpr ModeName kModes[] = {
-    {"once", PlaybackMode::Once}, {"loop", PlaybackMode::Loop}, {"ping-pong", PlaybackMode::PingPong}};
-
 constexpr int64_t kFrame = 65536;
 
 // Remainder with the sign of the divisor.
@@ -189,14 +181,19 @@ void Timeline::UpdateTree(GraphicsDevice&) {
     }
 }
 
+NodeNames Timeline::NamesBelow() {
+    NodeNames names;
+    CollectNames(this, names);
+    return names;
+}
+
 void Timeline::BuildUpdateTree() {
     bound_ = true;
     boundVersion_ = GetTreeVersion();
     if (tracks_.empty()) {
         return;
     }
-    NodeNames names;
-    CollectNames(this, names);
+    const NodeNames names = NamesBelow();
     for (Track& track : tracks_) {
         track.Bind(*this, names);
     }
@@ -227,96 +224,6 @@ void Timeline::RegisterProperties() {
     list.Add("length", length);
     list.Add("rate", rate);
     list.Add("start", start);
-}
-
-bool Timeline::Load(Deserializer& reader) {
-    if (!TransformNode::Load(reader)) {
-        return false;
-    }
-    for (PropertyT<RealFixed> const* value : {&length, &rate}) {
-        if (value->Get().raw < 0) {
-            reader.Fail(value == &length ? "length" : "rate", "got a negative number, expected 0 or more");
-            return false;
-        }
-    }
-    reader.Read("playing", playing_);
-    return LoadMode(reader) && LoadCamera(reader) && LoadTracks(reader);
-}
-
-bool Timeline::LoadMode(Deserializer& reader) {
-    std::string modeName;
-    if (!reader.Read("mode", modeName)) {
-        return !reader.Failed();
-    }
-    for (ModeName const& entry : kModes) {
-        if (modeName == entry.name) {
-            mode.Set(entry.mode);
-            return true;
-        }
-    }
-    reader.Fail("mode", "got \"" + modeName + "\", expected \"once\", \"loop\" or \"ping-pong\"");
-    return false;
-}
-
-bool Timeline::LoadCamera(Deserializer& reader) {
-    if (!reader.Enter("camera")) {
-        return !reader.Failed();
-    }
-    RefT<Node> camera(LoadNode(reader, "Camera"));
-    if (camera && !camera->IsKindOf(MakeClassId(u"Camera"))) {
-        reader.Fail("class", "got another class, expected Camera");
-        camera = nullptr;
-    }
-    reader.Leave();
-    SetCamera(static_cast<Camera*>(camera.Get()));
-    return !reader.Failed();
-}
-
-bool Timeline::LoadTracks(Deserializer& reader) {
-    if (!reader.Enter("tracks")) {
-        return !reader.Failed();
-    }
-    NodeNames names;
-    CollectNames(this, names);
-    const uint32_t count = reader.Count();
-    tracks_.reserve(count);
-    for (uint32_t i = 0; i < count && reader.Enter(i); ++i) {
-        Track track;
-        if (track.Load(reader, *this, names)) {
-            tracks_.push_back(std::move(track));
-        }
-        reader.Leave();
-    }
-    reader.Leave();
-    return !reader.Failed();
-}
-
-void Timeline::InternalSave(Serializer& writer) {
-    TransformNode::InternalSave(writer);
-    for (ModeName const& entry : kModes) {
-        if (entry.mode == mode.Get()) {
-            writer.Write("mode", entry.name);
-        }
-    }
-    if (!playing_) {
-        writer.Write("playing", false);
-    }
-    if (camera_) {
-        writer.BeginObject("camera");
-        camera_->Save(writer);
-        writer.EndObject();
-    }
-    if (tracks_.empty()) {
-        return;
-    }
-    BuildUpdateTree();  // a track writes its keys as its property does
-    writer.BeginArray("tracks");
-    for (Track const& track : tracks_) {
-        writer.BeginObject(nullptr);
-        track.Save(writer);
-        writer.EndObject();
-    }
-    writer.EndArray();
 }
 
 }  // namespace zorvan

@@ -86,6 +86,8 @@ class ZORVAN_CORE_API Timeline : public TransformNode, public Playback {
     // The position folded into the length, in 1/65536 frames.
     int64_t FoldedPosition() const;
     void JumpTo(int64_t target);
+    // What the tracks can move: this timeline and all below it, cameras included.
+    NodeNames NamesBelow();
     bool LoadMode(Deserializer& reader);
     bool LoadCamera(Deserializer& reader);
     bool LoadTracks(Deserializer& reader);

@@ -65,20 +65,14 @@ bool Track::Load(Deserializer& reader, Node& root, NodeNames const& names) {
 }
 
 bool Track::LoadKeys(Deserializer& reader) {
-    if (!reader.Enter("keys")) {
+    if (!reader.Has("keys")) {
         reader.Fail(nullptr, "got a track without \"keys\", expected an array of them");
         return false;
     }
-    const uint32_t count = reader.Count();
-    if (count == 0) {
-        reader.Fail(nullptr, "got no keys, expected at least one");
+    ForEachElement(reader, "keys", [&](uint32_t) { LoadKey(reader); });
+    if (keys.empty()) {
+        reader.Fail("keys", "got no keys, expected at least one");
     }
-    keys.reserve(count);
-    for (uint32_t i = 0; i < count && reader.Enter(i); ++i) {
-        LoadKey(reader);
-        reader.Leave();
-    }
-    reader.Leave();
     return !reader.Failed();
 }
 
