@@ -81,7 +81,6 @@ bool Node::Insert(Node* child, uint32_t index) {
         child->parent_->Detach(child);
     }
     child->SetParent(this);
-    TreeChanged();
     return true;
 }
 
@@ -91,20 +90,21 @@ bool Node::Detach(Node* child) {
         return false;
     }
     children_.RemoveAt(index);
-    TreeChanged();
     child->SetParent(nullptr);
     Release(child);
     return true;
 }
 
-void Node::TreeChanged() {
-    for (Node* node = this; node != nullptr; node = node->parent_) {
+void Node::TreeChanged(Node* top) {
+    for (Node* node = top; node != nullptr; node = node->parent_) {
         ++node->treeVersion_;
     }
 }
 
 void Node::SetParent(Node* parent) {
+    TreeChanged(parent_);
     parent_ = parent;
+    TreeChanged(parent_);
     properties_.Touch();
 }
 

@@ -72,7 +72,8 @@ class ZORVAN_CORE_API Node : public Referenced {
 
   public:
     Node* GetParent() const { return parent_; }
-    // For owners that hold a node outside their list of children, such as a timeline its camera.
+    // For owners that hold a node outside their list of children, such as a timeline its camera. Does not
+    // take the node out of the old parent's list.
     void SetParent(Node* parent);
     List<Node*>& GetChildren() { return children_; }
     List<Node*> const& GetChildren() const { return children_; }
@@ -92,14 +93,14 @@ class ZORVAN_CORE_API Node : public Referenced {
   protected:
     // For the properties' constructors: not yet registered.
     PropertyList& OwnProperties() { return properties_; }
-    // Counts a change of the subtree below this node, here and in all ancestors.
-    void TreeChanged();
 
     RealFixed effectiveOpacity_ = kOne<RealFixed>;
 
   private:
     static void RegisterOwner(void* owner) { static_cast<Node*>(owner)->RegisterProperties(); }
     bool Insert(Node* child, uint32_t index);
+    // Counts a change below a node (none for null), there and in all its ancestors.
+    static void TreeChanged(Node* top);
 
     PropertyList properties_;
     Node* parent_ = nullptr;

@@ -8,6 +8,7 @@ namespace zorvan {
 namespace {
 
 constexpr int64_t kFrame = 65536;
+constexpr int64_t kFineFrame = kFrame * 65536;  // in the unit of a time multiplied with a rate
 
 // Remainder with the sign of the divisor.
 int64_t FloorModulo(int64_t value, int64_t divisor) {
@@ -44,8 +45,11 @@ void CollectNames(Node* node, NodeNames& names) {
     if (!node->name.empty()) {
         names.emplace(node->name, node);
     }
-    if (Timeline* timeline = AsTimeline(node); timeline != nullptr && timeline->GetCamera() != nullptr) {
-        CollectNames(timeline->GetCamera(), names);
+    // A camera that another node took over belongs to that one's subtree.
+    Timeline* timeline = AsTimeline(node);
+    Camera* camera = timeline == nullptr ? nullptr : timeline->GetCamera();
+    if (camera != nullptr && camera->GetParent() == timeline) {
+        CollectNames(camera, names);
     }
     for (Node* child : node->GetChildren()) {
         CollectNames(child, names);
@@ -96,7 +100,6 @@ void Timeline::SetCamera(Camera* camera) {
     if (camera_) {
         camera_->SetParent(this);
     }
-    TreeChanged();  // tracks of this timeline and of those above it may move the camera
 }
 
 bool Timeline::AttachAndUpdate(Node* node) {
@@ -106,9 +109,9 @@ bool Timeline::AttachAndUpdate(Node* node) {
 
 int64_t Timeline::FramesAt(RealFixed time) const {
     const int64_t elapsed = std::max<int64_t>(int64_t{time.raw} - start.Get().raw, 0);
-    const int64_t frames = (elapsed * rate.Get().raw) >> 16;
-    const int64_t missing = kFrame - FloorModulo(frames, kFrame);
-    return missing <= rate.Get().raw >> 16 ? frames + missing : frames;
+    const int64_t frames = elapsed * rate.Get().raw;
+    const int64_t missing = kFineFrame - FloorModulo(frames, kFineFrame);
+    return (missing <= rate.Get().raw ? frames + missing : frames) >> 16;
 }
 
 int64_t Timeline::FoldedPosition() const {
@@ -172,11 +175,12 @@ void Timeline::InternalUpdate(GraphicsDevice& device, RealFixed const&, RealFixe
 }
 
 void Timeline::UpdateTree(GraphicsDevice&) {
-    if (!bound_ || boundVersion_ != GetTreeVersion()) {
-        BuildUpdateTree();
-    }
     const RealFixed frame = GetFrame();
     for (Track& track : tracks_) {
+        // Looked at for each one: what listens to a track's property may change the tree.
+        if (!bound_ || boundVersion_ != GetTreeVersion()) {
+            BuildUpdateTree();
+        }
         track.Apply(frame);
     }
 }

@@ -16,8 +16,8 @@ struct PlaybackMode {
 
 // While it plays, a timeline's frame follows from its parent's time: (time - start) x rate, folded into
 // the length by the playback mode; before its start it holds frame 0. Nested timelines take the folded
-// time, so they loop with their parent. Times are in steps of 1/65536 s: a time less than one step short
-// of a whole frame shows that frame.
+// time, so they loop with their parent. Times are in steps of 1/65536 s: a time at most one step short of a
+// whole frame shows that frame.
 class ZORVAN_CORE_API Timeline : public TransformNode, public Playback {
   public:
     Timeline() { rendersChildren_ = true; }
@@ -64,7 +64,8 @@ class ZORVAN_CORE_API Timeline : public TransformNode, public Playback {
 
   public:
     Camera* GetCamera() const { return camera_.Get(); }
-    // Takes a reference and becomes the camera's parent; null for none. Ignores an ancestor.
+    // Takes a reference and becomes the camera's parent; null for none. Ignores an ancestor. When another
+    // node takes the camera over, this timeline goes on showing its view, but its tracks leave it alone.
     void SetCamera(Camera* camera);
     bool IsPlaying() const { return playing_; }
     std::vector<Track> const& GetTracks() const { return tracks_; }

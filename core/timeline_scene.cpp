@@ -88,9 +88,12 @@ void Timeline::InternalSave(Serializer& writer) {
     if (tracks_.empty()) {
         return;
     }
-    BuildUpdateTree();  // a track writes its keys as its property does
+    BuildUpdateTree();
     writer.BeginArray("tracks");
     for (Track const& track : tracks_) {
+        if (!track.IsBound()) {
+            continue;  // its node left; a scene that names it could not be loaded
+        }
         writer.BeginObject(nullptr);
         track.Save(writer);
         writer.EndObject();

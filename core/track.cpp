@@ -111,9 +111,7 @@ void Track::Save(Serializer& writer) const {
     for (TrackKey const& key : keys) {
         writer.BeginObject(nullptr);
         writer.Write("frame", key.frame);
-        if (property_ != nullptr) {
-            property_->SaveKey(writer, "value", key.value);
-        }
+        property_->SaveKey(writer, "value", key.value);
         writer.EndObject();
     }
     writer.EndArray();

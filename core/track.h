@@ -31,11 +31,13 @@ class ZORVAN_CORE_API Track {
     // Reads a track from the reader's current object: "node" (one of names, or none for root), "property",
     // "interpolation" and "keys". False after an error.
     bool Load(Deserializer& reader, Node& root, NodeNames const& names);
+    // Only when bound: a key is written as its property says.
     void Save(Serializer& writer) const;
 
     // Finds the node and the property; false when there are none. Both must live until the next Bind
     // or the last Apply.
     bool Bind(Node& root, NodeNames const& names);
+    bool IsBound() const { return property_ != nullptr; }
     // Sets the bound property to its value at a frame. Sets nothing when not bound, or when the value is
     // the one of the last call.
     void Apply(RealFixed frame);

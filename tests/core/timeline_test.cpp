@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/core/fake_backend.h"
+#include "tests/core/save_load.h"
 
 namespace zorvan::test {
 namespace {
@@ -52,6 +53,13 @@ TEST(Timeline, ShowsWholeFramesAtCutTimes) {
         timeline->Update(device, AtFrame(frame));
         ASSERT_EQ(timeline->GetFrame(), RealFixed::FromInt(frame));
     }
+    timeline->rate.Set(Fix(23.976));
+    for (int64_t frame = 0; frame < 10000; frame += 7) {
+        timeline->Update(device,
+                         RealFixed::FromRaw(static_cast<int32_t>((frame << 32) / timeline->rate.Get().raw)));
+        ASSERT_EQ(timeline->GetFrame(), RealFixed::FromInt(static_cast<int>(frame)));
+    }
+    timeline->rate.Set(Fix(30));
     // Without a length the frame stays at what its type holds.
     timeline->Update(device, Fix(32767));
     EXPECT_EQ(timeline->GetFrame().raw, INT32_MAX);
@@ -245,6 +253,35 @@ TEST_F(TrackTest, FollowsNodesInAndOutOfTheTree) {
     // The copy moves its own sprite.
     copy->Update(device, AtFrame(5));
     EXPECT_EQ(FindSprite(copy.Get(), "s")->opacity.Get(), Fix(0.5));
+}
+
+// A track that still moved what left would write to it after its end.
+TEST_F(TrackTest, LetsGoOfWhatLeaves) {
+    struct Leaver final : detail::callable<void(RealFixed const&)> {
+        explicit Leaver(FakeTimeline& from) : timeline(from) {}
+        void operator()(RealFixed const&) override { timeline.Detach(FindNode(&timeline, "t")); }
+        FakeTimeline& timeline;
+    };
+    RefT<FakeTimeline> timeline = Load(R"(
+        {"node": "s", "property": "opacity", "keys": [{"frame": 0, "value": 0}, {"frame": 10, "value": 1}]},
+        {"node": "t", "property": "rate", "keys": [{"frame": 0, "value": 10}, {"frame": 10, "value": 20}]},
+        {"node": "c", "property": "opacity", "keys": [{"frame": 0, "value": 0}, {"frame": 10, "value": 1}]})");
+    timeline->Update(device, AtFrame(1));
+    // Another node takes the camera over; the view stays.
+    RefT<FakeSprite> other = Named("other", {timeline->GetCamera()});
+    // What listens to the first track takes the second one's node away.
+    RefT<FakeTimeline> nested(static_cast<FakeTimeline*>(FindNode(timeline.Get(), "t")));
+    FindSprite(timeline.Get(), "s")->opacity.changed.Add(new Leaver(*timeline));
+    timeline->Update(device, AtFrame(5));
+    EXPECT_LT(nested->rate.Get(), Fix(12));
+    EXPECT_EQ(nested->references, 1);
+    EXPECT_LT(timeline->GetCamera()->opacity.Get(), Fix(0.2));
+    EXPECT_EQ(timeline->GetCamera()->GetParent(), other.Get());
+    // Tracks without a node are not saved: the scene could not be loaded.
+    Scene scene;
+    scene.root = RefT<Timeline>(timeline.Get());
+    ExpectSavesWhatItLoads(scene, backend.registry);
+    EXPECT_EQ(scene.root->GetTracks().size(), 1u);
 }
 
 TEST_F(TrackTest, FollowsCamerasOfNestedTimelines) {
