@@ -5,9 +5,13 @@
 
 namespace zorvan {
 
-// Lights are the host's: it subclasses this and adds them to the device.
+// Lights are the host's: it subclasses this, with Clone and the names of its class, and adds them to the
+// device.
 class ZORVAN_CORE_API Light : public TransformNode {
   public:
+    void Visit(Visitor& visitor) override;
+    bool IsKindOf(ClassId id) override;
+
     // Prepares the device for this light.
     virtual void Setup(GraphicsDevice& device) = 0;
 };

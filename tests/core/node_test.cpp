@@ -3,6 +3,7 @@
 #include <cmath>
 #include <functional>
 
+#include "core/light.h"
 #include "core/trig.h"
 #include "tests/core/fake_backend.h"
 
@@ -193,6 +194,30 @@ TEST(TransformNode, DrawsParentsFirstAndSelectsInThatOrder) {
     EXPECT_EQ(device.log, (std::vector<std::string>{"draw root", "draw child"}));
     device.SetRenderMode();
     EXPECT_FALSE(device.IsSelecting());
+}
+
+class FakeLight final : public Light {
+  public:
+    void Setup(GraphicsDevice&) override {}
+};
+
+TEST(Light, IsVisitedAsOne) {
+    struct : Visitor {
+        void VisitNode(Node&) override {}
+        void VisitTransformNode(TransformNode&) override {}
+        void VisitCamera(Camera&) override {}
+        void VisitLight(Light& light) override { seen = &light; }
+        void VisitTimeline(Timeline&) override {}
+        void VisitChildren(List<Node*>& list) override { children = &list; }
+        Light* seen = nullptr;
+        List<Node*>* children = nullptr;
+    } visitor;
+    FakeLight light;
+    light.Visit(visitor);
+    EXPECT_EQ(visitor.seen, &light);
+    EXPECT_EQ(visitor.children, &light.GetChildren());
+    EXPECT_TRUE(light.IsKindOf(MakeClassId(u"Light")) && light.IsKindOf(MakeClassId(u"TransformNode")));
+    EXPECT_FALSE(light.IsKindOf(MakeClassId(u"Camera")));
 }
 
 TEST(Camera, SetsUpLikeAPhotographer) {
