@@ -35,7 +35,7 @@ void PropertyList::Save(Serializer& writer) {
 PropertyBase::~PropertyBase() = default;
 
 bool PropertyBase::LoadKey(Deserializer& reader, char const* key, KeyValue&) const {
-    reader.Fail(key, "this property cannot be animated");
+    reader.Fail(key, "got a property that cannot be animated, expected another one");
     return false;
 }
 
@@ -148,7 +148,7 @@ bool PropertyT<T>::LoadKey(Deserializer& reader, char const* key, KeyValue& keyV
     } else {
         T value{};
         if (!ReadValue(reader, key, value)) {
-            reader.Fail(key, "a key needs a value");
+            reader.Fail(key, "got a key without \"value\", expected it");
             return false;
         }
         ToKey(value, keyValue);

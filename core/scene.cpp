@@ -154,7 +154,7 @@ bool Scene::ReadShaders(JsonReader& reader) {
     return ForEachElement(reader, "shaders", [&](uint32_t) {
         RefT<Shader> shader = Create<Shader>(reader, MakeClassId(u"Shader"), "shader");
         if (!shader || !shader->Load(reader)) {
-            reader.Fail(nullptr, "the shader cannot be read");
+            reader.Fail(nullptr, "got a shader that the back end refused, expected one of its own");
             return;
         }
         if (shader->binary.Get().empty()) {

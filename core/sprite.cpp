@@ -103,7 +103,7 @@ void Sprite::TextureProperty::Save(Serializer& writer, char const* key) const {
 
 bool Sprite::TextureProperty::LoadKey(Deserializer& reader, char const* key, KeyValue& value) const {
     if (!reader.Read(key, value.texture)) {
-        reader.Fail(key, "a key needs a texture or null");
+        reader.Fail(key, "got a key without \"value\", expected the name of a texture or null");
         return false;
     }
     return true;

@@ -75,8 +75,8 @@ bool Texture::Load(Deserializer& reader) {
         return false;
     }
     if (compress_ && !Compress()) {
-        reader.Fail("compress",
-                    "the format " + std::string(kFormatNames[newFormat]) + " cannot be compressed");
+        reader.Fail("compress", "got the format " + std::string(kFormatNames[newFormat]) +
+                                    ", expected one that can be compressed");
     }
     return !reader.Failed();
 }
@@ -146,7 +146,8 @@ bool Texture::LoadSizes(Deserializer& reader, SizeT<int32_t> stored, SizeT<int32
     }
     if (uint64_t{static_cast<uint32_t>(stored.width)} * static_cast<uint32_t>(stored.height) >
         kMostImagePixels) {
-        reader.Fail("width", "got more than " + std::to_string(kMostImagePixels) + " pixels");
+        reader.Fail("width", "got " + std::to_string(stored.width) + "x" + std::to_string(stored.height) +
+                                 " pixels, expected at most " + std::to_string(kMostImagePixels));
         return false;
     }
     width.Set(stored.width);

@@ -157,7 +157,7 @@ TEST(Json, NamesPlacePathAndExpectation) {
         {R"({"tracks": [{"property": "opacity", "keys": [{"frame": 1, "value": 1}, {"frame": 1, "value": 1}]}]})",
          "2:82: /root/tracks/0/keys/1/frame: got a frame out of order"},
         {R"({"tracks": [{"property": "opacity", "keys": [{"frame": 1}]}]})",
-         "2:46: /root/tracks/0/keys/0: a key needs a value"},
+         "2:46: /root/tracks/0/keys/0: got a key without \"value\""},
         {R"({"tracks": [{"property": "transferMode", "keys": [{"frame": 1, "value": 40}]}]})",
          "2:73: /root/tracks/0/keys/0/value: got 40, expected 0 to 36 or \"none\""},
         {std::string(250, '['), "2:200: got deeper nesting, expected at most 200"},

@@ -78,7 +78,8 @@ TEST(Scene, RefusesBrokenHeadersAndResources) {
         {R"({"name": "a", "levels": []})", "/textures/0: got a texture without \"width\""},
         {R"({"format": "rgb"})", "/textures/0/format: got \"rgb\", expected one of rgb565, rgba5551"},
         {R"({"width": 16385})", "/textures/0/width: got 16385, expected 1 to 16384"},
-        {R"({"width": 16384, "height": 16384})", "/textures/0/width: got more than 67108864 pixels"},
+        {R"({"width": 16384, "height": 16384})",
+         "/textures/0/width: got 16384x16384 pixels, expected at most 67108864"},
         {R"({"width": 4, "height": 4, "usedWidth": 5})", "/textures/0/usedWidth: got 5, expected 1 to 4"},
         {R"({"width": 1, "height": 1, "levels": []})", "/textures/0/levels: got no levels"},
         {R"({"width": 1, "height": 1, "levels": [{},{},{},{},{},{},{},{},{},{},{},{},{},{},{},{}]})",
@@ -94,7 +95,7 @@ TEST(Scene, RefusesBrokenHeadersAndResources) {
         {R"({"name": "a", "mipmaps": true, "compress": true, "file": "a.png"})",
          "/textures/0/mipmaps: got both"},
         {R"({"name": "a", "format": "rgb565", "compress": true, "width": 1, "height": 1, "levels": [{"data": "AAA="}]})",
-         "/textures/0/compress: the format rgb565 cannot"},
+         "/textures/0/compress: got the format rgb565, expected"},
     };
     FakeBackend backend;
     Scene scene;
