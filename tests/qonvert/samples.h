@@ -1,8 +1,8 @@
-// Textures and damaged files for the tests.
+// Textures for the tests.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
-#include <string>
 
 #include "texconv/format_table.h"
 #include "tools/qonvert/container.h"
@@ -22,25 +22,25 @@ inline Bytes Noise(std::size_t count, std::uint32_t seed) {
 // Noise in every level. Paletted levels share one colour table; float bits are any.
 inline TextureFile NoiseTexture(std::uint32_t format, std::uint32_t width, std::uint32_t height,
                                 std::uint32_t levels = 1) {
-    TextureFile texture;
-    texture.format = format;
-    texture.width = width;
-    texture.height = height;
-    texture.origin = Origin::kTopLeft;
+    TextureFile texture{format, width, height, Origin::kTopLeft, "", {}};
     const Bytes table = Noise(TableBytes(format), 7);
+    const auto* info = QXTextureConverter::FindFormat(format);
     for (std::uint32_t i = 0; i < levels; ++i) {
-        Bytes level = Noise(PictureBytes(format, LevelSide(width, i), LevelSide(height, i)), format + i);
+        const std::uint32_t w = LevelSide(width, i), h = LevelSide(height, i);
+        Bytes level = Noise(PictureBytes(format, w, h), format + i);
         std::copy(table.begin(), table.end(), level.begin());
         // Bits behind the last index are 0.
-        const auto* info = QXTextureConverter::FindFormat(format);
-        const std::uint64_t bits =
-            std::uint64_t{LevelSide(width, i)} * LevelSide(height, i) * info->bitsPerPixel;
-        if (info->IsPalette() && bits % 8 != 0) {
-            level.back() &= static_cast<std::uint8_t>((1u << bits % 8) - 1);
+        if (const unsigned used = w * h * info->bitsPerPixel % 8; info->IsPalette() && used != 0) {
+            level.back() &= static_cast<std::uint8_t>((1u << used) - 1);
         }
         texture.levels.push_back(std::move(level));
     }
     return texture;
+}
+
+inline Bytes NoiseFile(const char* container, std::uint32_t format, std::uint32_t width, std::uint32_t height,
+                       const WriteOptions& options = {}) {
+    return WriteContainer(*FindContainer(container), NoiseTexture(format, width, height), options);
 }
 
 inline void PatchWord(Bytes& bytes, std::size_t at, std::uint32_t word) {
@@ -49,12 +49,8 @@ inline void PatchWord(Bytes& bytes, std::size_t at, std::uint32_t word) {
     }
 }
 
-inline std::uint32_t WordAt(ByteSpan bytes, std::size_t at) {
-    std::uint32_t word = 0;
-    for (unsigned i = 0; i < 4; ++i) {
-        word |= std::uint32_t{bytes[at + i]} << (8 * i);
-    }
-    return word;
+inline Bytes Part(const Bytes& bytes, std::size_t at, std::size_t count) {
+    return at + count <= bytes.size() ? Bytes(bytes.begin() + at, bytes.begin() + at + count) : Bytes{};
 }
 
 // Encoded by libjpeg at quality 90: a grey ramp or a colour one.

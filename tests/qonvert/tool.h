@@ -1,43 +1,27 @@
-// Runs the built program in an empty directory of its own.
+// The program qonvert, with samples for it.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <set>
-#include <string>
-
-#include "tools/qonvert/container.h"
+#include "tests/qonvert/samples.h"
+#include "tests/tool_test.h"
 
 namespace qonvert {
 
-struct ToolResult {
-    int exit = -1;
-    std::string out;
-    std::string err;
-};
-
-class ToolTest : public testing::Test {
+class QonvertTest : public ToolTest {
   protected:
-    ToolTest();
-    ~ToolTest() override;
+    QonvertTest() : ToolTest(QONVERT_PROGRAM) {}
 
-    // Runs the program with the words of `arguments` as the shell splits them.
-    ToolResult Run(const std::string& arguments);
-    // Runs any command line in the directory; true when it succeeds.
-    bool Shell(const std::string& command);
-
-    std::string Path(const std::string& name) const { return (directory_ / name).string(); }
-    void Write(const std::string& name, ByteSpan bytes) const;
-    Bytes Read(const std::string& name) const;
     // A smooth picture with alpha, as PNG.
-    void WritePicture(const std::string& name, std::uint32_t width, std::uint32_t height) const;
-    std::set<std::string> Names() const;
-    // Skips a test whose independent reader is not installed.
-    bool Installed(const std::string& program) { return Shell("command -v " + program); }
-
-  private:
-    std::filesystem::path directory_;
+    void WritePicture(const char* name, std::uint32_t width, std::uint32_t height) const {
+        TextureFile texture{FMT_RGBA8888, width, height, Origin::kTopLeft, "", {{}}};
+        for (std::uint32_t i = 0; i < width * height; ++i) {
+            const std::uint32_t x = i % width, y = i / width;
+            for (const std::uint32_t value :
+                 {x * 255 / width, y * 255 / height, (x + y) * 127 / (width + height), 255 - x % 64}) {
+                texture.levels.front().push_back(static_cast<std::uint8_t>(value));
+            }
+        }
+        Write(name, WriteContainer(*FindContainer("png"), texture, {}));
+    }
 };
 
 }  // namespace qonvert

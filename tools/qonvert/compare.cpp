@@ -101,12 +101,14 @@ void AddCompareVerb(CLI::App& program, Session& session) {
     auto options = std::make_shared<CompareOptions>();
     CLI::App* verb = AddVerb(program, session, "compare", "Measure how much two textures differ",
                              [&session, options] { return RunCompare(session, *options); });
-    verb->add_option("a", options->a, "Texture file, - for standard input")->required();
-    verb->add_option("b", options->b, "Texture file, - for standard input")->required();
-    verb->add_option("--min-psnr", options->minPsnr, "Succeed when the PSNR together is at least this, dB");
+    verb->add_option("A", options->a, "Texture file, - for standard input")->required();
+    verb->add_option("B", options->b, "Texture file, - for standard input")->required();
+    verb->add_option("--min-psnr", options->minPsnr, "Succeed when the PSNR together is at least this, in dB")
+        ->type_name("DB");
     verb->add_option("--diff", options->diff,
-                     "Write a PNG of the differences, each colour channel the larger of its own and alpha's");
-    verb->add_option("--raw", options->raw, "WxH:FORMAT of headerless files");
+                     "Write a PNG of the differences, each colour channel the larger of its own and alpha's")
+        ->type_name("PNG");
+    verb->add_option("--raw", options->raw, "Size and format of headerless files")->type_name("WxH:FORMAT");
     verb->add_flag("--overwrite", options->overwrite, "Replace an existing difference picture");
     verb->footer(std::string(kPsnrHelp) +
                  "\nLevel 0 is compared, as it lies in the file: the origin is not looked at.\n"

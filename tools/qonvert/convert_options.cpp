@@ -156,11 +156,13 @@ void Scale::Apply(std::uint32_t sourceWidth, std::uint32_t sourceHeight, std::ui
 void AddConvertOptions(CLI::App& verb, ConvertArguments& arguments) {
     verb.add_option("paths", arguments.paths,
                     "Inputs and the output; - is standard input or output, @FILE a list of inputs")
-        ->required()
         ->option_text("IN... OUT");
-    verb.add_option("-f,--format", arguments.format, "Pixel format, see \"qonvert formats\"");
-    verb.add_option("--container", arguments.container, "Container of the output: png, ktx, dds, pkm or raw");
-    CLI::Option* scale = verb.add_option("-s,--scale", arguments.scale, "Size of the result: WxH or N%");
+    verb.add_option("-f,--format", arguments.format, "Pixel format, see \"qonvert formats\"")
+        ->type_name("NAME");
+    verb.add_option("--container", arguments.container, "Container of the output: png, ktx, dds, pkm or raw")
+        ->type_name("NAME");
+    CLI::Option* scale =
+        verb.add_option("-s,--scale", arguments.scale, "Size of the result")->type_name("WxH|N%");
     verb.add_option("--filter", arguments.filter, "Filter of --scale")
         ->check(CLI::IsMember(Keys(kFilters)))
         ->needs(scale);
@@ -175,9 +177,10 @@ void AddConvertOptions(CLI::App& verb, ConvertArguments& arguments) {
         ->needs(normal);
     verb.add_flag("--wrap", arguments.wrap, "Wrap heights around the edges")->needs(normal);
     verb.add_flag("--fast", arguments.fast, "Fast encoder of ATITC_RGB and ATITC_RGBA_EXPLICIT");
-    verb.add_option("-m,--mips", arguments.mips, "Build N mip levels, or all of them: --mips or --mips=N");
-    verb.add_option("--raw", arguments.raw, "WxH:FORMAT of headerless inputs");
-    verb.add_option("-o,--out-dir", arguments.outDir, "Write each input under its name into this directory");
+    verb.add_option("-m,--mips", arguments.mips, "Build all mip levels, or N of them")->type_name("[N]");
+    verb.add_option("--raw", arguments.raw, "Size and format of headerless inputs")->type_name("WxH:FORMAT");
+    verb.add_option("-o,--out-dir", arguments.outDir, "Write each input under its name into this directory")
+        ->type_name("DIR");
     verb.add_option("--dds-names", arguments.ddsNames, "How DDS names formats: ATI1/ATI2, BC4U/BC5U or DX10")
         ->check(CLI::IsMember(Keys(kDdsNames)));
     verb.add_flag("--ktx-amd-tokens", arguments.ktxAmdTokens,
@@ -187,7 +190,8 @@ void AddConvertOptions(CLI::App& verb, ConvertArguments& arguments) {
     verb.add_flag("-r,--report", arguments.report, "Measure what encoding lost");
     verb.add_flag("--overwrite", arguments.overwrite, "Replace existing files");
     verb.add_option("-j,--threads", arguments.threads,
-                    "Threads, 0 for all; the result is the same for every number");
+                    "Threads, 0 for all; the result is the same for every number")
+        ->type_name("N");
 }
 
 ConvertOptions ResolveOptions(const ConvertArguments& arguments) {
@@ -247,7 +251,7 @@ std::vector<Job> ResolveJobs(const ConvertArguments& arguments, const ConvertOpt
     }
     if (options.container == nullptr && ContainerOfPath(out) == nullptr) {
         Misuse((IsStandardStream(out) ? "standard output" : out) +
-               " does not name a container; --container does");
+               " names no container; --container does, with png, ktx, dds, pkm or raw");
     }
     return {{paths.front(), out}};
 }

@@ -42,6 +42,7 @@ enum class FindingNumber : int {
     kOddStream = 304,
     kGeneratedLevels = 305,
     kPaletteIndex = 306,
+    kOtherContainer = 307,
 };
 
 struct Finding {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <numeric>
+#include <tuple>
 
 #include "texconv/format_table.h"
 #include "tools/qonvert/dds_formats.h"
@@ -46,21 +47,27 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
     return row[b.size()];
 }
 
-// The names that a user may have meant: by edits to the name or an alias of a format.
+// The names that a user may have meant: those that begin so, then by edits to the name or an alias.
 std::string Nearest(const std::string& wanted) {
-    std::vector<std::pair<std::size_t, std::string_view>> candidates;
+    struct Candidate {
+        bool other;  // begins with something else
+        std::size_t distance;
+        std::string_view name;
+    };
+    std::vector<Candidate> candidates;
     for (const auto& row : QXTextureConverter::kFormats) {
         std::size_t distance = EditDistance(wanted, FormatName(row.code));
         for (const std::string& alias : FormatAliases(row.code)) {
             distance = std::min(distance, EditDistance(wanted, Upper(alias)));
         }
-        candidates.emplace_back(distance, FormatName(row.code));
+        candidates.push_back({!FormatName(row.code).starts_with(wanted), distance, FormatName(row.code)});
     }
-    std::stable_sort(candidates.begin(), candidates.end(),
-                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::stable_sort(candidates.begin(), candidates.end(), [](const Candidate& a, const Candidate& b) {
+        return std::tie(a.other, a.distance) < std::tie(b.other, b.distance);
+    });
     std::string names;
     for (std::size_t i = 0; i < 3; ++i) {
-        names += (i == 0 ? "" : ", ") + std::string(candidates[i].second);
+        names += (i == 0 ? "" : ", ") + std::string(candidates[i].name);
     }
     return names;
 }

@@ -91,9 +91,9 @@ void AddInfoVerb(CLI::App& program, Session& session) {
     auto options = std::make_shared<InfoOptions>();
     CLI::App* verb = AddVerb(program, session, "info", "Show what a texture file holds",
                              [&session, options] { return RunInfo(session, *options); });
-    verb->add_option("file", options->file, "Texture file, - for standard input")->required();
+    verb->add_option("FILE", options->file, "Texture file, - for standard input")->required();
     verb->add_option("--container", options->container, "Container, where neither name nor first bytes tell");
-    verb->add_option("--raw", options->raw, "WxH:FORMAT of a headerless file");
+    verb->add_option("--raw", options->raw, "Size and format of a headerless file")->type_name("WxH:FORMAT");
     verb->footer("Example:\n  qonvert info leaf.ktx");
 }
 

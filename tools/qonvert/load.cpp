@@ -17,7 +17,7 @@ void ParseRaw(const std::string& text, ReadOptions& options) {
 }
 
 const Container& InputContainer(const std::string& path, const std::string& named, ByteSpan bytes,
-                                const ReadOptions& options) {
+                                const ReadOptions& options, Findings& findings) {
     if (!named.empty()) {
         const Container* container = FindContainer(named);
         if (container == nullptr) {
@@ -25,14 +25,18 @@ const Container& InputContainer(const std::string& path, const std::string& name
         }
         return *container;
     }
-    if (const Container* byPath = ContainerOfPath(path)) {
-        return *byPath;
+    const Container& raw = *FindContainer("raw");
+    const Container* byPath = ContainerOfPath(path);
+    if (byPath == &raw || (byPath == nullptr && options.rawFormat != 0)) {
+        return raw;
     }
-    if (options.rawFormat != 0) {
-        return *FindContainer("raw");
+    const Container* byBytes = ContainerOfBytes(bytes);
+    if (byPath != nullptr && byBytes != nullptr && byPath != byBytes) {
+        findings.push_back({FindingNumber::kOtherContainer, "first bytes", std::string(byBytes->name),
+                            std::string(byPath->name) + " by the file's name"});
     }
-    if (const Container* byBytes = ContainerOfBytes(bytes)) {
-        return *byBytes;
+    if (byBytes != nullptr || byPath != nullptr) {
+        return byBytes != nullptr ? *byBytes : *byPath;
     }
     std::string names;
     for (const Container& container : Containers()) {
@@ -47,7 +51,7 @@ LoadedTexture LoadTexture(const std::string& path, const std::string& named, con
     const std::string shown = IsStandardStream(path) ? "standard input" : path;
     try {
         LoadedTexture loaded;
-        loaded.container = &InputContainer(path, named, bytes, options);
+        loaded.container = &InputContainer(path, named, bytes, options, findings);
         loaded.texture = loaded.container->read(bytes, options, findings);
         loaded.fileBytes = bytes.size();
         return loaded;

@@ -16,10 +16,11 @@ struct LoadedTexture {
 // "WxH:FORMAT" of a headerless picture into `options`. Throws ToolError (usage).
 void ParseRaw(const std::string& text, ReadOptions& options);
 
-// The container of an input: `named` where given, else by the extension, else by the first bytes; raw
-// where `options` describe a headerless picture and neither says otherwise. Rejects what none reads.
+// The container of an input: `named` where given, raw where the extension says so, or where `options`
+// describe a headerless picture and there is no known extension; else by the first bytes, else by the
+// extension. Notes it where these two say different things. Rejects what none reads.
 const Container& InputContainer(const std::string& path, const std::string& named, ByteSpan bytes,
-                                const ReadOptions& options);
+                                const ReadOptions& options, Findings& findings);
 
 // Reads and checks a whole file. Throws ToolError with the path in front; `findings` then still holds
 // what was noted before.

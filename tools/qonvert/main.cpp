@@ -28,16 +28,43 @@ std::string OneLine(std::string text) {
     return text;
 }
 
-// "--mips" alone must not take the file behind it for its value. CLI11 wants the words in reverse.
+bool IsNumber(const std::string& word) {
+    return !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
+}
+
+// "--mips" must not take a file behind it for its value. CLI11 wants the words in reverse.
 std::vector<std::string> Words(int argc, char** argv) {
     std::vector<std::string> words;
     for (int i = argc - 1; i > 0; --i) {
-        words.emplace_back(argv[i]);
-        if (words.back() == "--mips") {
-            words.back() = "--mips=all";
+        std::string word = argv[i];
+        if (word == "--mips" || word == "-m") {
+            const bool counted = !words.empty() && IsNumber(words.back());
+            word = "--mips=" + (counted ? words.back() : "all");
+            if (counted) {
+                words.pop_back();
+            }
         }
+        words.push_back(word);
     }
     return words;
+}
+
+// The first word names a verb, or asks about the program.
+void CheckVerb(CLI::App& program, int argc, char** argv) {
+    const std::string word = argc > 1 ? argv[1] : "";
+    std::string names;
+    for (const CLI::App* verb : program.get_subcommands({})) {
+        if (verb->get_name() == word) {
+            return;
+        }
+        names += (names.empty() ? "" : ", ") + verb->get_name();
+    }
+    if (word.empty()) {
+        throw ToolError(ExitCode::kUsage, "a verb is needed: " + names + " (--help shows how)");
+    }
+    if (!word.starts_with('-')) {
+        throw ToolError(ExitCode::kUsage, "no verb is called \"" + word + "\"; there are " + names);
+    }
 }
 
 ExitCode Run(int argc, char** argv, Session& session) {
@@ -54,6 +81,7 @@ ExitCode Run(int argc, char** argv, Session& session) {
     AddCompareVerb(program, session);
     AddValidateVerb(program, session);
     AddFormatsVerb(program, session);
+    CheckVerb(program, argc, argv);
     try {
         program.parse(Words(argc, argv));
     } catch (const CLI::ParseError& error) {

@@ -28,7 +28,7 @@ Findings Check(const ValidateOptions& options, std::string& containerName) {
     const Bytes bytes = ReadFile(options.file);
     Findings findings;
     try {
-        const Container& container = InputContainer(options.file, options.container, bytes, read);
+        const Container& container = InputContainer(options.file, options.container, bytes, read, findings);
         containerName = container.name;
         container.read(bytes, read, findings);
     } catch (const FileError& error) {
@@ -68,9 +68,9 @@ void AddValidateVerb(CLI::App& program, Session& session) {
     auto options = std::make_shared<ValidateOptions>();
     CLI::App* verb = AddVerb(program, session, "validate", "List the problems of a texture file",
                              [&session, options] { return RunValidate(session, *options); });
-    verb->add_option("file", options->file, "Texture file, - for standard input")->required();
+    verb->add_option("FILE", options->file, "Texture file, - for standard input")->required();
     verb->add_option("--container", options->container, "Container that the file should be");
-    verb->add_option("--raw", options->raw, "WxH:FORMAT of a headerless file");
+    verb->add_option("--raw", options->raw, "Size and format of a headerless file")->type_name("WxH:FORMAT");
     verb->footer(
         "Errors 1xx end with exit code 3 (damaged), 2xx with 5 (not supported); warnings 3xx with 0.\n"
         "Example:\n  qonvert validate leaf.ktx");

@@ -1,0 +1,139 @@
+// Every failure is one line, its documented exit code, and nothing left behind.
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "tests/qonvert/tool.h"
+
+namespace qonvert {
+namespace {
+
+class Failure : public QonvertTest {
+  protected:
+    Failure() {
+        WritePicture("a.png", 8, 8);
+        WritePicture("taken.png", 8, 8);
+        WritePicture("sub/a.png", 8, 8);
+        Bytes ktx = NoiseFile("ktx", FMT_ETC1_RGB8, 8, 8);
+        Write("etc.ktx", ktx);
+        Write("cut.ktx", Part(ktx, 0, 100));
+        PatchWord(ktx, 36, 0x7FFFFFFF);
+        Write("huge.ktx", ktx);
+        Write("short.pkm", std::string("PKM 1"));
+        Write("noise.dds", Noise(300, 3));
+        Write("noise", Noise(300, 4));
+        Write("half.png", Part(NoiseFile("png", FMT_RGB888, 8, 8), 0, 100));
+        Write("empty.png", Bytes{});
+        Write("lost.txt", std::string("no.png\n"));
+        Write("px.raw", Noise(30, 5));
+        std::filesystem::create_directory(Path("locked"));
+    }
+};
+
+// Longer ends of lines.
+const std::string kScale = "--scale takes WxH or N%, for example 64x64 or 50%; got ";
+const std::string kStrength = "--strength takes 0.1 to 1000, or as much below 0, in steps of 0.1";
+const std::string kMips = "--mips takes a number of levels from 1; got ";
+const std::string kNoContainer = " names no container; --container does, with png, ktx, dds, pkm or raw";
+const std::string kUnknown = "error 110: container: got unknown first bytes, expected one of png, ...";
+const std::string kHuge =
+    "huge.ktx: error 104: size of the picture: got 2147483647 x 8, expected sides up to 65536 and up to "
+    "268435456 pixels";
+const std::string kImpossible = " is not possible; sides are 1 to 65536, and its pixels take up to 4 GiB";
+const std::string kOneTable =
+    "a.png: ktx holds one colour table for all levels, and these levels differ in theirs; write one level, "
+    "or dds or raw in another format";
+
+const FailureRow kRows[] = {
+    // Usage.
+    {"", 1, "a verb is needed: convert, info, compare, validate, formats (--help shows how)"},
+    {"transmogrify", 1,
+     "no verb is called \"transmogrify\"; there are convert, info, compare, validate, formats"},
+    {"convert", 1, "an input and an output are needed, or --out-dir"},
+    {"convert a.png", 1, "an input and an output are needed, or --out-dir"},
+    {"convert a.png b.ktx --formt rgb565", 1,
+     "The following argument was not expected: --formt (--help shows how)"},
+    {"convert a.png b.ktx -f rgb56", 1,
+     "no format is called \"rgb56\"; the nearest are RGB565, RGB16F, RGB888"},
+    {"convert a.png b.ktx -f etc", 1,
+     "no format is called \"etc\"; the nearest are ETC1_RGB8, ATITC_RGB, ATITC_RGBA_EXPLICIT"},
+    {"convert a.png b.ktx -f RGBA888", 1,
+     "no format is called \"RGBA888\"; the nearest are RGBA8888, RGB888, RGBA32F"},
+    {"convert a.png b.ktx -f FMT_", 1, "no format is called \"FMT_\"; the nearest are L8, A8, ATITC_RGB"},
+    {"convert a.png b.xyz", 1, "b.xyz" + kNoContainer},
+    {"convert a.png -", 1, "standard output" + kNoContainer},
+    {"convert a.png b.ktx --container zip", 1, "no container is called \"zip\""},
+    {"convert a.png b.ktx --scale 0x8", 1, kScale + "\"0x8\""},
+    {"convert a.png b.ktx --scale 8", 1, kScale + "\"8\""},
+    {"convert a.png b.ktx --scale -50%", 1, kScale + "\"-50%\""},
+    {"convert a.png b.ktx --scale 50% --filter lanczos", 1,
+     "--filter: lanczos not in {box,cubic,four,point} (--help shows how)"},
+    {"convert a.png b.ktx --filter box", 1, "--filter requires --scale (--help shows how)"},
+    {"convert a.png b.ktx --wrap", 1, "--wrap requires --normal-map (--help shows how)"},
+    {"convert a.png b.ktx --normal-map sobel --strength 0", 1, kStrength},
+    {"convert a.png b.ktx --normal-map sobel --strength 1e99", 1, kStrength},
+    {"convert a.png b.ktx --mips=0", 1, kMips + "\"0\""},
+    {"convert a.png b.ktx --mips=many", 1, kMips + "\"many\""},
+    {"convert a.png b.ktx --threads many", 1, "Could not convert: --threads = many (--help shows how)"},
+    {"convert px.raw b.ktx", 1, "px.raw: a headerless file needs --raw WxH:FORMAT"},
+    {"convert px.raw b.ktx --raw 8x8", 1, "--raw takes WxH:FORMAT, for example 64x64:RGB565; got \"8x8\""},
+    {"convert px.raw b.ktx --raw 8x8:rgb", 1,
+     "no format is called \"rgb\"; the nearest are RGB888, RGB565, RGB32F"},
+    {"convert a.png etc.ktx b.dds", 1, "2 inputs for the one output b.dds; --out-dir takes several"},
+    {"convert a.png sub/a.png --out-dir new", 1, "a.png and sub/a.png would both become new/a.ktx"},
+    {"convert - --out-dir new <a.png", 1, "standard input has no name for a directory; give an output file"},
+    {"compare - - <a.png", 1, "only one of the files can be standard input"},
+    {"compare a.png", 1, "B is required (--help shows how)"},
+    {"info", 1, "FILE is required (--help shows how)"},
+    // Input and output.
+    {"convert none.png b.ktx", 2, "none.png: No such file or directory"},
+    {"convert a.png taken.png", 2, "taken.png: exists; --overwrite replaces it"},
+    {"convert a.png nowhere/b.ktx", 2, "nowhere/b.ktx: No such file or directory"},
+    {"convert a.png etc.ktx/b.ktx", 2, "etc.ktx/b.ktx: Not a directory"},
+    {"convert @none.txt --out-dir new", 2, "none.txt: No such file or directory"},
+    {"convert @lost.txt --out-dir sub", 2, "no.png: No such file or directory"},
+    {"convert a.png --out-dir etc.ktx", 2, "etc.ktx: Not a directory"},
+    {"convert sub b.ktx", 2, "sub: Is a directory"},
+    {"convert a.png /dev/full --container ktx --overwrite", 2, "/dev/full: No space left on device"},
+    {"info none.png", 2, "none.png: No such file or directory"},
+    {"info etc.ktx >/dev/full", 2, "standard output cannot be written"},
+    {"compare a.png taken.png --diff taken.png", 2, "taken.png: exists; --overwrite replaces it"},
+    // Bad files.
+    {"convert huge.ktx b.dds", 3, kHuge},
+    {"convert cut.ktx b.dds", 3, "cut.ktx: error 105: level 0: got 4 bytes left in the file, expected 32"},
+    {"convert short.pkm b.ktx", 3, "short.pkm: error 101: version: got 1 bytes left in the file, expected 2"},
+    {"convert noise.dds b.ktx", 3, "noise.dds: error 102: identifier: got 0xc7df8c3c, expected \"DDS \""},
+    {"convert noise b.ktx", 3, "noise: " + kUnknown},
+    {"convert half.png b.ktx", 3,
+     "half.png: error 109: PNG data: got the file ends early, expected a whole picture"},
+    {"convert empty.png b.ktx", 3, "empty.png: error 101: identifier: got 0 bytes, expected 8"},
+    {"convert - b.ktx <empty.png", 3, "standard input: " + kUnknown},
+    {"convert px.raw b.ktx --raw 8x8:rgb565", 3,
+     "px.raw: error 105: level 0: got 30 bytes left in the file, expected 128"},
+    {"convert px.raw b.ktx --raw 7x4:l8", 3,
+     "px.raw: error 105: level 1: got 2 bytes left in the file, expected 6"},
+    {"info huge.ktx", 3, kHuge},
+    {"compare a.png huge.ktx", 3, kHuge},
+    // Not supported.
+    {"convert a.png b.png -f etc1_rgb8", 5,
+     "a.png: png cannot carry ETC1_RGB8; these can: ktx, dds, pkm, raw"},
+    {"convert a.png b.png -f rgba32f", 5, "a.png: png cannot carry RGBA32F; these can: ktx, raw"},
+    {"convert a.png b.dds -f p4_rgb565", 5, "a.png: dds cannot carry P4_RGB565; these can: png, ktx, raw"},
+    {"convert a.png b.ktx -f p1_rgba8888", 5, "a.png: ktx cannot carry P1_RGBA8888; these can: png, raw"},
+    {"convert a.png b.ktx -f l24a8", 5, "a.png: ktx cannot carry L24A8; these can: dds, raw"},
+    {"convert a.png b.pkm -f rgb565", 5, "a.png: pkm cannot carry RGB565; these can: ktx, dds, raw"},
+    {"convert a.png b.png -f p1_rgba8888 --mips", 5,
+     "a.png: png holds one level; ktx, dds and raw hold more"},
+    {"convert a.png b.ktx -f p8_rgb888 --mips", 5, kOneTable},
+    {"convert a.png b.jpg", 5, "a.png: jpeg is only read, not written"},
+    {"convert a.png b.dds --assign-origin bottom-left", 5, "a.png: dds records no origin; ktx does"},
+    {"convert a.png b.ktx --scale 65537x1", 5, "a.png: a picture of 65537 x 1" + kImpossible},
+    {"convert a.png b.ktx --scale 16384x16384 -f rgba32f", 5,
+     "a.png: a picture of 16384 x 16384" + kImpossible},
+};
+
+TEST_F(Failure, IsOneLineItsExitCodeAndNoFile) {
+    ExpectFailures(kRows);
+}
+
+}  // namespace
+}  // namespace qonvert
