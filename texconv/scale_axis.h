@@ -11,6 +11,8 @@ namespace QXTextureConverter {
 struct Interval {
     std::uint32_t first;
     std::uint32_t end;
+
+    friend constexpr bool operator==(const Interval&, const Interval&) = default;
 };
 
 // One direction of the resampling. Coordinates are single precision, each operation rounded;

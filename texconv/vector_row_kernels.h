@@ -4,6 +4,7 @@
 #pragma once
 
 #include "texconv/vector_bump.h"
+#include "texconv/vector_cubic.h"
 #include "texconv/vector_float.h"
 #include "texconv/vector_palette.h"
 #include "texconv/vector_plain.h"
