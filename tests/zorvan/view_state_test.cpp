@@ -6,6 +6,8 @@
 namespace zorvan::tool {
 namespace {
 
+using enum ViewAction;
+
 // A camera of 400x200 units on a window of 800x400 pixels; 4 seconds at 25 frames per second.
 ViewState MakeState(bool camera = true) {
     ViewState state;
@@ -14,134 +16,116 @@ ViewState MakeState(bool camera = true) {
     return state;
 }
 
-void ExpectView(ViewState const& state, double left, double top, double right, double bottom) {
-    const auto view = state.GetCameraView();
-    ASSERT_TRUE(view);
-    EXPECT_NEAR(view->left.ToFloat(), left, 1e-3);
-    EXPECT_NEAR(view->top.ToFloat(), top, 1e-3);
-    EXPECT_NEAR(view->right.ToFloat(), right, 1e-3);
-    EXPECT_NEAR(view->bottom.ToFloat(), bottom, 1e-3);
+void Repeat(ViewState& state, ViewAction action, int times) {
+    for (int i = 0; i < times; ++i) {
+        state.Apply(action);
+    }
 }
 
-TEST(ViewState, TimeFollowsSpeedAndPause) {
+TEST(ViewState, ActionsMoveTheTime) {
+    const struct {
+        char const* name;
+        double from;                      // seconds
+        std::vector<ViewAction> actions;  // and then a second passes
+        double to;
+    } rows[] = {
+        {"plays", 1, {}, 2},
+        {"faster", 1, {Faster}, 3},
+        {"slower", 1, {Slower, Slower}, 1.25},
+        {"normal", 1, {Faster, Faster, NormalSpeed}, 2},
+        {"paused", 1, {TogglePause}, 1},
+        {"played on", 1, {TogglePause, TogglePause}, 2},
+        {"to before the start", 0.5, {SeekBack}, 1},
+        {"far and near", 2, {SeekFarForward, SeekForward}, 14},
+        {"back", 20, {SeekFarBack, SeekBack}, 10},
+        {"restart", 3, {Restart}, 1},
+        {"to the next frame, and pauses", 0.11, {StepForward}, 0.12},
+        {"two frames on", 0.11, {StepForward, StepForward}, 0.16},
+        {"on and back", 1.72, {StepForward, StepBack, StepBack}, 1.68},
+        {"back to the start", 0.01, {StepBack}, 0},
+        {"at the end of time", 1e9, {SeekForward}, 32767},
+    };
+    for (auto const& row : rows) {
+        ViewState state = MakeState();
+        state.Seek(row.from);
+        for (const ViewAction action : row.actions) {
+            state.Apply(action);
+        }
+        state.Advance(1);
+        EXPECT_NEAR(state.GetTime().ToFloat(), row.to, 1e-4) << row.name;
+    }
     ViewState state = MakeState();
-    state.Advance(1);
-    state.Apply(ViewAction::Faster);
-    state.Advance(1);
-    EXPECT_DOUBLE_EQ(state.GetSeconds(), 3);
-    state.Apply(ViewAction::TogglePause);
-    state.Advance(1);
-    EXPECT_DOUBLE_EQ(state.GetSeconds(), 3);
-    state.Apply(ViewAction::TogglePause);
-    for (int i = 0; i < 3; ++i) {
-        state.Apply(ViewAction::Slower);
-    }
-    state.Advance(1);
-    EXPECT_DOUBLE_EQ(state.GetSeconds(), 3.25);
-    for (int i = 0; i < 99; ++i) {
-        state.Apply(ViewAction::Slower);
-    }
+    state.SeekToPart(0.5);
+    EXPECT_EQ(state.GetSeconds(), 2);
+    state.SetScene({25, 0, {}});  // a timeline without a length has no tenths
+    state.SeekToPart(0.25);
+    EXPECT_EQ(state.GetSeconds(), 2);
+    Repeat(state, Slower, 99);
     EXPECT_GT(state.GetSpeed(), 0);
-    state.Apply(ViewAction::NormalSpeed);
-    EXPECT_EQ(state.GetSpeed(), 1);
 }
 
-TEST(ViewState, SeeksWithinWhatTimeCanHold) {
+TEST(ViewState, PointerAndKeysMoveTheCamera) {
+    struct Edges {
+        double left, top, right, bottom;
+    };
     ViewState state = MakeState();
-    state.Apply(ViewAction::SeekBack);
-    EXPECT_EQ(state.GetTime().raw, 0);
-    state.SeekToPart(0.5);
-    EXPECT_DOUBLE_EQ(state.GetSeconds(), 2);
-    state.Apply(ViewAction::SeekFarForward);
-    state.Apply(ViewAction::SeekForward);
-    EXPECT_DOUBLE_EQ(state.GetSeconds(), 13);
-    state.Seek(1e9);
-    state.Advance(10);
-    EXPECT_EQ(state.GetTime(), RealFixed::FromInt(32767));
-    state.Apply(ViewAction::Restart);
-    EXPECT_EQ(state.GetTime().raw, 0);
-    // A timeline without a length has no tenths.
-    state.SetScene({25, 0, {}});
-    state.Seek(7);
-    state.SeekToPart(0.5);
-    EXPECT_DOUBLE_EQ(state.GetSeconds(), 7);
-}
-
-TEST(ViewState, StepsWholeFramesAndPauses) {
-    ViewState state = MakeState();
-    state.Seek(0.11);  // within frame 2
-    state.Apply(ViewAction::StepForward);
-    EXPECT_TRUE(state.IsPaused());
-    EXPECT_NEAR(state.GetSeconds(), 3 / 25.0, 1e-9);
-    for (int i = 0; i < 40; ++i) {
-        state.Apply(ViewAction::StepForward);
-    }
-    EXPECT_NEAR(state.GetSeconds(), 43 / 25.0, 1e-9);
-    state.Apply(ViewAction::StepBack);
-    EXPECT_NEAR(state.GetSeconds(), 42 / 25.0, 1e-9);
-    state.Seek(0.01);
-    state.Apply(ViewAction::StepBack);
-    EXPECT_EQ(state.GetSeconds(), 0);
-}
-
-TEST(ViewState, ZoomKeepsWhatIsUnderThePointer) {
-    ViewState state = MakeState();
+    const auto expect = [&](char const* after, Edges const& edges) {
+        SCOPED_TRACE(after);
+        const auto view = state.GetCameraView().value_or(RectangleT<RealFixed>{});
+        EXPECT_NEAR(view.left.ToFloat(), edges.left, 1e-3);
+        EXPECT_NEAR(view.top.ToFloat(), edges.top, 1e-3);
+        EXPECT_NEAR(view.right.ToFloat(), edges.right, 1e-3);
+        EXPECT_NEAR(view.bottom.ToFloat(), edges.bottom, 1e-3);
+    };
     EXPECT_FALSE(state.GetCameraView());
-    state.Wheel({400, 100}, 1);  // units (200, 50)
-    ExpectView(state, 200 - 200 / 1.25, 50 - 50 / 1.25, 200 + 200 / 1.25, 50 + 150 / 1.25);
+    state.Wheel({400, 100}, 1);
+    expect("a zoom, which keeps units (200, 50) under the pointer", {40, 10, 360, 170});
     state.Wheel({400, 100}, -1);
-    EXPECT_EQ(state.GetZoom(), 1);
+    expect("the way back", {0, 0, 400, 200});
     state.Wheel({0, 0}, 1000);
-    ExpectView(state, 0, 0, 400.0 / 64, 200.0 / 64);
-    state.Apply(ViewAction::ResetCamera);
-    EXPECT_FALSE(state.GetCameraView());
+    expect("the largest zoom", {0, 0, 400.0 / 64, 200.0 / 64});
     state.Wheel({0, 0}, -1000);
-    ExpectView(state, 0, 0, 400 * 16, 200 * 16);
+    expect("the smallest zoom", {0, 0, 400 * 16, 200 * 16});
+    state.Apply(ResetCamera);
+    EXPECT_FALSE(state.GetCameraView());
+    state.Press({100, 100});
+    state.Move({200, 60});
+    state.Release({300, 20});
+    expect("a drag", {-100, 40, 300, 240});
+    state.Move({300, 300});
+    expect("a move while nothing is pressed", {-100, 40, 300, 240});
+    state.Apply(PanRight);
+    state.Apply(PanUp);
+    expect("two keys", {-60, 20, 340, 220});
+    Repeat(state, PanLeft, 5000);
+    expect("many keys", {-16000, 20, -15600, 220});
+    // Scenes without that camera do not zoom.
+    ViewState fixed = MakeState(false);
+    fixed.Wheel({0, 0}, 3);
+    fixed.Apply(PanDown);
+    EXPECT_FALSE(fixed.GetCameraView());
+    EXPECT_EQ(fixed.GetZoom(), 1);
 }
 
-TEST(ViewState, DraggingPansAndShortPressesClick) {
+TEST(ViewState, RequestsAreTakenOnce) {
     ViewState state = MakeState();
-    state.Move({300, 300});  // nothing is pressed
+    for (ViewAction action : {Quit, Reload, Screenshot}) {
+        state.Apply(action);
+    }
     state.Press({100, 100});
     state.Move({104, 97});
     state.Release({103, 100});
     EXPECT_FALSE(state.GetCameraView());
     ViewRequests requests = state.TakeRequests();
-    ASSERT_TRUE(requests.click);
-    EXPECT_EQ(*requests.click, (WindowPoint{103, 100}));
+    EXPECT_TRUE(requests.quit && requests.reload && requests.screenshot);
+    EXPECT_EQ(requests.click, (WindowPoint{103, 100}));
+    // A drag is no click, and neither is a release of a press elsewhere.
     state.Press({100, 100});
     state.Move({200, 60});
-    state.Release({300, 20});
-    EXPECT_FALSE(state.TakeRequests().click);
-    ExpectView(state, -100, 40, 300, 240);
-    state.Release({1, 1});  // of a press elsewhere
-    EXPECT_FALSE(state.TakeRequests().click);
-    state.Apply(ViewAction::PanRight);
-    state.Apply(ViewAction::PanUp);
-    ExpectView(state, -60, 20, 340, 220);
-    for (int i = 0; i < 5000; ++i) {
-        state.Apply(ViewAction::PanLeft);
-    }
-    ExpectView(state, -16000, 20, -15600, 220);
-}
-
-TEST(ViewState, ScenesWithoutCameraDoNotZoom) {
-    ViewState state = MakeState(false);
-    state.Wheel({0, 0}, 3);
-    state.Apply(ViewAction::PanDown);
-    EXPECT_FALSE(state.GetCameraView());
-    EXPECT_EQ(state.GetZoom(), 1);
-}
-
-TEST(ViewState, RequestsAreTakenOnce) {
-    ViewState state = MakeState();
-    EXPECT_FALSE(state.TakeRequests().quit);
-    for (ViewAction action : {ViewAction::Quit, ViewAction::Reload, ViewAction::Screenshot}) {
-        state.Apply(action);
-    }
-    const ViewRequests requests = state.TakeRequests();
-    EXPECT_TRUE(requests.quit && requests.reload && requests.screenshot);
-    EXPECT_FALSE(state.TakeRequests().reload);
+    state.Release({200, 60});
+    state.Release({1, 1});
+    requests = state.TakeRequests();
+    EXPECT_FALSE(requests.quit || requests.reload || requests.screenshot || requests.click);
 }
 
 }  // namespace

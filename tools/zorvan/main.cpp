@@ -9,12 +9,31 @@
 namespace {
 
 using zorvan::tool::ExitCode;
+using zorvan::tool::Failure;
 using zorvan::tool::Status;
 using zorvan::tool::Verb;
 
 int Report(ExitCode code, std::string const& message) {
     std::fprintf(stderr, "zorvan: %s\n", message.c_str());
     return static_cast<int>(code);
+}
+
+// The first word names a verb, or asks about the program.
+Status CheckVerb(CLI::App& program, std::string const& word) {
+    std::string names;
+    for (CLI::App const* verb : program.get_subcommands({})) {
+        if (verb->get_name() == word) {
+            return std::nullopt;
+        }
+        names += (names.empty() ? "" : ", ") + verb->get_name();
+    }
+    if (word.empty()) {
+        return Failure{ExitCode::Usage, "got no verb, expected one of " + names + " (see zorvan --help)"};
+    }
+    if (word[0] != '-') {
+        return Failure{ExitCode::Usage, "got the verb '" + word + "', expected one of " + names};
+    }
+    return std::nullopt;
 }
 
 int Run(int argc, char** argv) {
@@ -27,6 +46,9 @@ int Run(int argc, char** argv) {
         "zorvan VERB --help explains each verb, with examples.");
     const Verb verbs[] = {zorvan::tool::AddRenderVerb(program), zorvan::tool::AddViewVerb(program),
                           zorvan::tool::AddInfoVerb(program), zorvan::tool::AddBenchVerb(program)};
+    if (Status failure = CheckVerb(program, argc > 1 ? argv[1] : "")) {
+        return Report(failure->code, failure->message);
+    }
     try {
         program.parse(argc, argv);
     } catch (CLI::ParseError const& error) {

@@ -44,14 +44,15 @@ Result<std::unique_ptr<Plugin>> Plugin::Load(std::string const& path) {
     // A bare name would be searched for in the system's folders; a path option means a file.
     std::error_code error;
     const std::string file = std::filesystem::absolute(path.empty() ? DefaultPath() : path, error);
+    const std::string shown = path.empty() ? file : path;
     if (!std::filesystem::exists(file, error)) {
-        return Failure{ExitCode::Io, file + ": no such plug-in; name one with --plugin PATH"};
+        return Failure{ExitCode::Io, shown + ": no such plug-in; name one with --plugin PATH"};
     }
     void* library = dlopen(file.c_str(), kLoadFlags);
     if (library == nullptr) {
-        return Failure{ExitCode::BadFile, file + ": expected a plug-in library: " + dlerror()};
+        return Failure{ExitCode::BadFile, shown + ": expected a plug-in library: " + dlerror()};
     }
-    std::unique_ptr<Plugin> plugin(new Plugin(library, file));
+    std::unique_ptr<Plugin> plugin(new Plugin(library, shown));
     if (Status failure = plugin->LookUp()) {
         return *failure;
     }
