@@ -22,7 +22,7 @@ class NormalSource : public RowSource {
 
     void Read(std::uint32_t y, std::uint8_t* to) override {
         const auto line = static_cast<std::int64_t>(y);
-        const std::int32_t* lines[kLines] = {Heights(line - 1), Heights(line), Heights(line + 1)};
+        const std::int16_t* lines[kLines] = {Heights(line - 1), Heights(line), Heights(line + 1)};
         m_kernels.normals(m_options.kernel, lines, static_cast<std::size_t>(m_width), m_options.nz, to);
     }
 
@@ -31,9 +31,9 @@ class NormalSource : public RowSource {
     static constexpr std::int64_t kNoLine = -2;
 
     // The heights of a line, which may lie one outside the image, with one more at each end.
-    const std::int32_t* Heights(std::int64_t line) {
+    const std::int16_t* Heights(std::int64_t line) {
         const auto place = static_cast<std::size_t>((line + kLines) % kLines);
-        std::int32_t* heights = m_heights.data() + place * (static_cast<std::size_t>(m_width) + 2) + 1;
+        std::int16_t* heights = m_heights.data() + place * (static_cast<std::size_t>(m_width) + 2) + 1;
         if (m_lineAt[place] != line) {
             m_lineAt[place] = line;
             const std::int32_t inside =
@@ -52,7 +52,7 @@ class NormalSource : public RowSource {
     std::int32_t m_height;
     NormalOptions m_options;
     RowMemory m_row;
-    std::vector<std::int32_t> m_heights;
+    std::vector<std::int16_t> m_heights;
     std::array<std::int64_t, kLines> m_lineAt{kNoLine, kNoLine, kNoLine};
 };
 

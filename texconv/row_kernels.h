@@ -68,9 +68,10 @@ struct RowKernels {
                         std::uint8_t* to);
 
     // The means of R, G and B.
-    void (*heights)(const std::uint8_t* rgba, std::size_t count, std::int32_t* to);
-    // Normals from three lines of heights, which have one more at each end.
-    void (*normals)(std::uint32_t kernel, const std::int32_t* const* lines, std::size_t count, float nz,
+    void (*heights)(const std::uint8_t* rgba, std::size_t count, std::int16_t* to);
+    // Normals from three lines of heights, which have one more at each end; nz is infinite or so large that
+    // its square is not 0.
+    void (*normals)(std::uint32_t kernel, const std::int16_t* const* lines, std::size_t count, float nz,
                     std::uint8_t* rgba);
 
     // The first of the palette's colours with the least squared distance from R, G, B, A.

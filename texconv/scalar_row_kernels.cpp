@@ -105,9 +105,9 @@ void CubicRow(const float* const* lines, const std::uint32_t* taps, std::size_t 
     }
 }
 
-void Heights(const std::uint8_t* rgba, std::size_t count, std::int32_t* to) {
+void Heights(const std::uint8_t* rgba, std::size_t count, std::int16_t* to) {
     for (std::size_t i = 0; i < count; ++i) {
-        to[i] = (rgba[i * 4] + rgba[i * 4 + 1] + rgba[i * 4 + 2]) / 3;
+        to[i] = static_cast<std::int16_t>((rgba[i * 4] + rgba[i * 4 + 1] + rgba[i * 4 + 2]) / 3);
     }
 }
 
@@ -133,7 +133,7 @@ Slope SlopeAt(std::uint32_t kernel, const Height& h) {
     }
 }
 
-void Normals(std::uint32_t kernel, const std::int32_t* const* lines, std::size_t count, float nz,
+void Normals(std::uint32_t kernel, const std::int16_t* const* lines, std::size_t count, float nz,
              std::uint8_t* rgba) {
     for (std::ptrdiff_t x = 0; x < static_cast<std::ptrdiff_t>(count); ++x) {
         const Slope slope = SlopeAt(kernel, [&](int i, int j) { return lines[j + 1][x + i]; });

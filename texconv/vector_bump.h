@@ -10,23 +10,21 @@ namespace QXTextureConverter {
 namespace {
 
 // A third of the sum of three bytes: the tests try all sums.
-void Heights(const std::uint8_t* __restrict rgba, std::size_t count, std::int32_t* __restrict to) {
+void Heights(const std::uint8_t* __restrict rgba, std::size_t count, std::int16_t* __restrict to) {
     for (std::size_t i = 0; i < count; ++i) {
         std::uint32_t pixel;
         std::memcpy(&pixel, rgba + i * 4, sizeof(pixel));
         const std::uint32_t sum = (pixel & 0xFF) + (pixel >> 8 & 0xFF) + (pixel >> 16 & 0xFF);
-        to[i] = static_cast<std::int32_t>(sum * 21846 >> 16);
+        to[i] = static_cast<std::int16_t>(sum * 21846 >> 16);
     }
 }
 
-// trunc(v * 127 + 128) of a component of -1 to 1; 0 for what is no number.
+// A component of a normal of length 1 as a byte.
 [[gnu::always_inline]] inline std::uint32_t ComponentByte(float v) {
-    const std::int32_t bits = BitsOf(v * 127.0f + 128.0f);
-    const std::int32_t isNumber = -static_cast<std::int32_t>((bits > 0) & (bits <= kFloatInfinity));
-    return static_cast<std::uint32_t>(static_cast<std::int32_t>(FloatOf(bits & isNumber))) & 0xFF;
+    return static_cast<std::uint32_t>(static_cast<std::int32_t>(v * 127.0f + 128.0f));
 }
 
-[[gnu::always_inline]] inline std::uint32_t NormalOf(std::int32_t dx, std::int32_t dy, float nz) {
+[[gnu::always_inline]] inline std::uint32_t NormalOf(std::int16_t dx, std::int16_t dy, float nz) {
     const float nx = DividedBy255(dx);
     const float ny = DividedBy255(dy);
     const float scale = 1.0f / __builtin_sqrtf(nx * nx + ny * ny + nz * nz);
@@ -34,35 +32,38 @@ void Heights(const std::uint8_t* __restrict rgba, std::size_t count, std::int32_
 }
 
 // kBeside weighs the neighbours beside the pixel against those at its corners.
-template <std::int32_t kBeside>
-[[gnu::always_inline]] inline void GradientNormals(const std::int32_t* const* lines, std::size_t count,
+template <int kBeside>
+[[gnu::always_inline]] inline void GradientNormals(const std::int16_t* const* lines, std::size_t count,
                                                    float nz, std::uint8_t* __restrict to) {
-    const std::int32_t* __restrict upper = lines[0] - 1;
-    const std::int32_t* __restrict middle = lines[1] - 1;
-    const std::int32_t* __restrict lower = lines[2] - 1;
+    const std::int16_t* __restrict upper = lines[0] - 1;
+    const std::int16_t* __restrict middle = lines[1] - 1;
+    const std::int16_t* __restrict lower = lines[2] - 1;
     for (std::size_t i = 0; i < count; ++i) {
-        const std::int32_t falling = upper[i] - lower[i + 2];
-        const std::int32_t rising = lower[i] - upper[i + 2];
-        const std::int32_t dx = falling + rising + kBeside * (middle[i] - middle[i + 2]);
-        const std::int32_t dy = falling - rising + kBeside * (upper[i + 1] - lower[i + 1]);
+        const int falling = upper[i] - lower[i + 2];
+        const int rising = lower[i] - upper[i + 2];
+        const auto dx = static_cast<std::int16_t>(falling + rising + kBeside * (middle[i] - middle[i + 2]));
+        const auto dy = static_cast<std::int16_t>(falling - rising + kBeside * (upper[i + 1] - lower[i + 1]));
         const std::uint32_t normal = NormalOf(dx, dy, nz);
         std::memcpy(to + i * 4, &normal, sizeof(normal));
     }
 }
 
-void DiagonalNormals(const std::int32_t* const* lines, std::size_t count, float nz,
+void DiagonalNormals(const std::int16_t* const* lines, std::size_t count, float nz,
                      std::uint8_t* __restrict to) {
-    const std::int32_t* __restrict middle = lines[1];
-    const std::int32_t* __restrict lower = lines[2];
+    const std::int16_t* __restrict middle = lines[1];
+    const std::int16_t* __restrict lower = lines[2];
     for (std::size_t i = 0; i < count; ++i) {
-        const std::uint32_t normal = NormalOf(middle[i] - lower[i + 1], middle[i + 1] - lower[i], nz);
+        const auto dx = static_cast<std::int16_t>(middle[i] - lower[i + 1]);
+        const auto dy = static_cast<std::int16_t>(middle[i + 1] - lower[i]);
+        const std::uint32_t normal = NormalOf(dx, dy, nz);
         std::memcpy(to + i * 4, &normal, sizeof(normal));
     }
 }
 
-void Normals(std::uint32_t kernel, const std::int32_t* const* lines, std::size_t count, float nz,
+void Normals(std::uint32_t kernel, const std::int16_t* const* lines, std::size_t count, float nz,
              std::uint8_t* to) {
-    switch (kernel) {
+    const bool infinite = (BitsOf(nz) & kFloatInfinity) == kFloatInfinity;
+    switch (infinite ? kNoBumpmap : kernel) {
         case kDiagonalBumpmap:
             return DiagonalNormals(lines, count, nz, to);
         case kSobelBumpmap:
@@ -72,7 +73,8 @@ void Normals(std::uint32_t kernel, const std::int32_t* const* lines, std::size_t
         default:
             break;
     }
-    const std::uint32_t flat = NormalOf(0, 0, nz);
+    // An infinite z leaves no number: its byte is 0.
+    const std::uint32_t flat = infinite ? 0x008080 : NormalOf(0, 0, nz);
     for (std::size_t i = 0; i < count; ++i) {
         std::memcpy(to + i * 4, &flat, sizeof(flat));
     }

@@ -115,17 +115,17 @@ TEST(RowKernels, HeightsOfEverySumAndNormalsOfEverySlope) {
         pixels.insert(pixels.end(), {static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green),
                                      static_cast<std::uint8_t>(sum - red - green), 9});
     }
-    std::vector<std::int32_t> slopes;
-    for (std::int32_t slope = -1020; slope <= 1020; ++slope) {
+    std::vector<std::int16_t> slopes;
+    for (std::int16_t slope = -1020; slope <= 1020; ++slope) {
         slopes.push_back(slope);
     }
-    const std::vector<std::int32_t> flat(slopes.size(), 0);
-    const std::int32_t* lines[] = {flat.data() + 1, slopes.data() + 1, flat.data() + 1};
+    const std::vector<std::int16_t> flat(slopes.size(), 0);
+    const std::int16_t* lines[] = {flat.data() + 1, slopes.data() + 1, flat.data() + 1};
     WithEachKernelSet([&] {
         ExpectSame(766 * 4, [&](const RowKernels& set, std::uint8_t* to) {
-            std::vector<std::int32_t> heights(766);
+            std::vector<std::int16_t> heights(766);
             set.heights(pixels.data(), heights.size(), heights.data());
-            std::memcpy(to, heights.data(), heights.size() * 4);
+            std::memcpy(to, heights.data(), heights.size() * 2);
         });
         for (const float nz : {1.0f, -0.1f, 10.0f, 1e-9f, std::numeric_limits<float>::infinity()}) {
             for (std::uint32_t kernel = 1; kernel <= 4; ++kernel) {
