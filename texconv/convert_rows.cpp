@@ -1,7 +1,8 @@
 // A whole conversion as rows from the source through the steps to the destination, with a working image only
-// for codecs and the palette quantizer, and where source and destination share memory.
+// for encoders and the palette quantizer, and where source and destination share memory.
 #include <utility>
 
+#include "texconv/block_rows.h"
 #include "texconv/image.h"
 #include "texconv/row_kernels.h"
 #include "texconv/source_rows.h"
@@ -25,7 +26,7 @@ bool CImage::SharesBytes() {
 }
 
 RowSourcePointer CImage::OrientedSourceRows(const FormatInfo& from, bool floats) {
-    if (from.IsCompressed() || SharesBytes()) {
+    if (SharesBytes()) {
         floats ? Input_ToFloat() : Input_ToGeneric();
         floats ? Float_Flip() : Generic_Flip();
         return m_pBuffer != nullptr ? WorkingRows(m_pBuffer, m_nWidth, m_nBytesPerPixel) : nullptr;
@@ -33,7 +34,9 @@ RowSourcePointer CImage::OrientedSourceRows(const FormatInfo& from, bool floats)
     m_nWidth = m_pSrc->nWidth;
     m_nHeight = m_pSrc->nHeight;
     m_nBytesPerPixel = floats ? 16 : 4;
-    RowSourcePointer rows = from.IsFloat() ? FloatSourceRows(from, !floats) : UncompressedRows();
+    RowSourcePointer rows = from.IsCompressed() ? BlockRows(from, m_pSrc->pData, m_nWidth, m_nHeight)
+                            : from.IsFloat()    ? FloatSourceRows(from, !floats)
+                                                : UncompressedRows();
     const Orientation orientation = WantedOrientation();
     if (orientation.mirror || orientation.flip) {
         return OrientedRows(std::move(rows), {m_nWidth, m_nHeight, m_nBytesPerPixel}, orientation);

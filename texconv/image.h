@@ -148,10 +148,6 @@ class CImage {
     RowSourcePointer Scaled(RowSourcePointer rows);
     RowSourcePointer Normals(RowSourcePointer rows, std::uint32_t kernel);
 
-    bool DecodeAtitc();
-    bool DecodeAtitcInterpolated();
-    bool DecodeEtc1();
-    bool Decode3Dc(std::uint32_t codecFormat, const char* message);
     std::uint32_t EncodeAtitc();
     std::uint32_t Encode(std::uint32_t flags, std::uint32_t codecFormat);
 
