@@ -1,6 +1,10 @@
-// The converter's pipelines on an image of 1024 x 1024 pixels: MPixel/s, how many times the plain kernels'
-// rate that is, and its part of the rate at which memcpy copies R, G, B, A pixels; the best of several rounds
-// each, taken in turns. Then the memory that a conversion takes beside its source and destination.
+// The converter's pipelines on a natural-looking image of 1024 x 1024 pixels, with each set of kernels that
+// the machine runs: MPixel/s, how many times the plain kernels' rate that is, its part of the rate at which
+// memcpy copies R, G, B, A pixels, and how many times the rate of the conversion as it is defined, pixel by
+// pixel. All are the best of several rounds, taken in turns. The last figure is the memory that a conversion
+// takes beside its source and destination.
+//
+// Usage: texconv_bench [--benchmark_format=json] [PART OF A NAME]
 #include <malloc.h>
 
 #include <algorithm>
@@ -9,8 +13,11 @@
 #include <cstring>
 #include <ctime>
 #include <limits>
+#include <string_view>
 #include <vector>
 
+#include "bench/converter_definitions.h"
+#include "tests/texcompress/test_images.h"
 #include "texcompress/instruction_set.h"
 #include "texconv/image.h"
 
@@ -56,7 +63,10 @@ using namespace QXTextureConverter;
 using zorvan::texcompress::InstructionSet;
 
 constexpr std::uint32_t kSide = 1024;
-constexpr int kRounds = 25;
+constexpr int kRounds = 40;
+constexpr int kSlowRounds = 5;  // for what takes long
+
+using Definition = std::vector<std::uint8_t> (*)(const converter_definitions::Image& image);
 
 struct Pipeline {
     const char* name;
@@ -69,7 +79,21 @@ struct Pipeline {
     std::uint32_t flip = 0;        // nFlipY
     std::uint32_t redMask = 0;     // of the destination
     bool destinationPixels = false;
+    Definition definition = nullptr;
 };
+
+template <std::uint32_t kNewSide>
+std::vector<std::uint8_t> CubicByDefinition(const converter_definitions::Image& image) {
+    return converter_definitions::Cubic(image, kNewSide, kNewSide).rgba;
+}
+
+std::vector<std::uint8_t> SobelByDefinition(const converter_definitions::Image& image) {
+    return converter_definitions::SobelNormals(image).rgba;
+}
+
+std::vector<std::uint8_t> PaletteByDefinition(const converter_definitions::Image& image) {
+    return converter_definitions::Palette(image);
+}
 
 constexpr Pipeline kPipelines[] = {
     {"copy RGBA8888", FMT_RGBA8888, FMT_RGBA8888},
@@ -100,30 +124,17 @@ constexpr Pipeline kPipelines[] = {
     {"flip", FMT_RGBA8888, FMT_RGBA8888, kSide, 0, 0, 0, 1},
     {"box 2:1", FMT_RGBA8888, FMT_RGBA8888, kSide / 2},
     {"box 3.3:1", FMT_RGBA8888, FMT_RGBA8888, 310},
-    {"cubic 2:1", FMT_RGBA8888, FMT_RGBA8888, kSide / 2, 4, 0, 0, 0, 0, true},
-    {"cubic 1:2", FMT_RGBA8888, FMT_RGBA8888, kSide * 2, 4, 0, 0, 0, 0, true},
+    {"cubic 2:1", FMT_RGBA8888, FMT_RGBA8888, kSide / 2, 4, 0, 0, 0, 0, true, CubicByDefinition<kSide / 2>},
+    {"cubic 1:2", FMT_RGBA8888, FMT_RGBA8888, kSide * 2, 4, 0, 0, 0, 0, true, CubicByDefinition<kSide * 2>},
     {"bump map, diagonal", FMT_RGBA8888, FMT_RGBA8888, kSide, 0, 1},
-    {"bump map, Sobel", FMT_RGBA8888, FMT_RGBA8888, kSide, 0, 2},
+    {"bump map, Sobel", FMT_RGBA8888, FMT_RGBA8888, kSide, 0, 2, 0, 0, 0, false, SobelByDefinition},
     {"bump map, Prewitt", FMT_RGBA8888, FMT_RGBA8888, kSide, 0, 3},
-    {"write P8_RGBA8888", FMT_RGBA8888, FMT_P8_RGBA8888},
+    {"write P8_RGBA8888", FMT_RGBA8888, FMT_P8_RGBA8888, kSide, 0, 0, 0, 0, 0, false, PaletteByDefinition},
     {"write P4_RGB565", FMT_RGBA8888, FMT_P4_RGB565},
+    {"read ETC1_RGB8", FMT_ETC1_RGB8, FMT_RGBA8888},
+    {"ETC1_RGB8 to half-size P8", FMT_ETC1_RGB8, FMT_P8_RGBA8888, kSide / 2},
+    {"ETC1_RGB8 to half-size 3DC_X", FMT_ETC1_RGB8, FMT_3DC_X, kSide / 2},
 };
-
-// Gradients with a little noise: smooth as pictures are, with many colours.
-void Paint(std::vector<std::uint8_t>& rgba) {
-    std::uint32_t state = 1;
-    for (std::uint32_t i = 0; i < kSide * kSide; ++i) {
-        state = state * 1664525u + 1013904223u;
-        const std::uint32_t noise = state >> 29;
-        const std::uint32_t x = i % kSide;
-        const std::uint32_t y = i / kSide;
-        std::uint8_t* pixel = &rgba[std::size_t{i} * 4];
-        pixel[0] = static_cast<std::uint8_t>(x / 5 + noise);
-        pixel[1] = static_cast<std::uint8_t>(y / 5 + noise);
-        pixel[2] = static_cast<std::uint8_t>((x + y) / 9);
-        pixel[3] = static_cast<std::uint8_t>(255 - (noise == 0 ? x / 8 : 0));
-    }
-}
 
 // An image and the memory that it describes.
 struct Buffer {
@@ -155,15 +166,24 @@ class Best {
         work();
         m_seconds = std::min(m_seconds, CpuSeconds() - start);
     }
+    // In MPixel/s; 0 before the first time.
     double Rate(double pixels) const { return pixels / m_seconds * 1e-6; }
 
   private:
     double m_seconds = std::numeric_limits<double>::infinity();
 };
 
-void Measure(const Pipeline& pipeline, InstructionSet fastest) {
+struct Result {
+    std::vector<double> rates;  // of the sets of kernels, in MPixel/s
+    double copying;
+    double definition;  // 0: none
+    std::size_t kibBeside;
+};
+
+Result Measure(const Pipeline& pipeline, const std::vector<std::uint8_t>& rgba) {
     Buffer painted(kSide, FMT_RGBA8888);
-    Paint(painted.bytes);
+    painted.bytes.assign(rgba.begin(), rgba.end());
+    painted.image.pData = painted.bytes.data();
     Buffer source(kSide, pipeline.from);
     Qonvert(&painted.image, &source.image);
     Buffer destination(pipeline.side, pipeline.to);
@@ -176,40 +196,101 @@ void Measure(const Pipeline& pipeline, InstructionSet fastest) {
     flags.nMaskRed = pipeline.redMask;
     destination.image.pFormatFlags = &flags;
 
-    std::vector<std::uint8_t> copy(painted.bytes.size());
-    Best plain;
-    Best fast;
+    std::vector<std::uint8_t> copy(rgba.size());
+    std::vector<Best> sets(zorvan::texcompress::InstructionSetCount());
     Best copying;
+    Best defining;
     for (int round = 0; round < kRounds; ++round) {
-        if (round < kRounds / 5) {
-            SelectInstructionSet(InstructionSet::kScalar);
-            plain.Time([&] { Qonvert(&source.image, &destination.image); });
-            SelectInstructionSet(fastest);
+        for (std::size_t set = round < kSlowRounds ? 0 : 1; set < sets.size(); ++set) {
+            SelectInstructionSet(static_cast<InstructionSet>(set));
+            sets[set].Time([&] { Qonvert(&source.image, &destination.image); });
         }
-        fast.Time([&] { Qonvert(&source.image, &destination.image); });
-        copying.Time([&] { std::memcpy(copy.data(), painted.bytes.data(), copy.size()); });
+        copying.Time([&] { std::memcpy(copy.data(), rgba.data(), copy.size()); });
     }
     const std::size_t before = allocated;
     mostAllocated = allocated;
     Qonvert(&source.image, &destination.image);
+    const std::size_t beside = mostAllocated - before;
+    for (int round = 0; pipeline.definition != nullptr && round < kSlowRounds; ++round) {
+        defining.Time([&] {
+            if (pipeline.definition({kSide, kSide, rgba}) != destination.bytes) {
+                std::fprintf(stderr, "%s: the definition gives other bytes\n", pipeline.name);
+                std::exit(1);
+            }
+        });
+    }
 
     const double side = pipeline.destinationPixels ? pipeline.side : kSide;
-    const double rate = fast.Rate(side * side);
-    std::printf("%-22s %9.0f %8.1f %8.3f %10zu\n", pipeline.name, rate, rate / plain.Rate(side * side),
-                rate / copying.Rate(double{kSide} * kSide), (mostAllocated - before) / 1024);
+    Result result{{}, copying.Rate(double{kSide} * kSide), defining.Rate(side * side), beside / 1024};
+    for (const Best& set : sets) {
+        result.rates.push_back(set.Rate(side * side));
+    }
+    return result;
+}
+
+// In the form of Google Benchmark's reports.
+void PrintJson(const char* name, const Result& result, bool first) {
+    for (std::size_t set = 0; set < result.rates.size(); ++set) {
+        std::printf("%s{\"name\": \"%s/%s\", \"MPixel/s\": %g, \"x plain\": %g, \"x memcpy\": %g, ",
+                    first && set == 0 ? "" : ",\n", name,
+                    InstructionSetName(static_cast<InstructionSet>(set)), result.rates[set],
+                    result.rates[set] / result.rates[0], result.rates[set] / result.copying);
+        if (result.definition > 0) {
+            std::printf("\"x definition\": %g, ", result.rates[set] / result.definition);
+        }
+        std::printf("\"KiB beside\": %zu}", result.kibBeside);
+    }
+}
+
+void PrintRow(const char* name, const Result& result) {
+    std::printf("%-28s", name);
+    for (const double rate : result.rates) {
+        std::printf(" %9.0f", rate);
+    }
+    const double fastest = result.rates.back();
+    std::printf(" %8.1f %8.3f ", fastest / result.rates[0], fastest / result.copying);
+    result.definition > 0 ? std::printf("%12.1f", fastest / result.definition) : std::printf("%12s", "");
+    std::printf(" %10zu\n", result.kibBeside);
+}
+
+void PrintHead() {
+    std::printf("cubic: destination's pixels, all others: source's\n%-28s", "1024 x 1024, MPixel/s");
+    for (std::size_t set = 0; set < zorvan::texcompress::InstructionSetCount(); ++set) {
+        std::printf(" %9s", InstructionSetName(static_cast<InstructionSet>(set)));
+    }
+    std::printf(" %8s %8s %12s %10s\n", "x plain", "x memcpy", "x definition", "KiB beside");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    const InstructionSet fastest = zorvan::texcompress::SelectedInstructionSet();
-    std::printf("kernels: %s; cubic: destination's pixels, all others: source's\n",
-                InstructionSetName(fastest));
-    std::printf("%-22s %9s %8s %8s %10s\n", "1024 x 1024", "MPixel/s", "x plain", "x memcpy", "KiB beside");
-    for (const Pipeline& pipeline : kPipelines) {
-        if (argc < 2 || std::strstr(pipeline.name, argv[1]) != nullptr) {
-            Measure(pipeline, fastest);
+    bool json = false;
+    std::string_view wanted;
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view argument = argv[i];
+        if (argument == "--benchmark_format=json") {
+            json = true;
+        } else {
+            wanted = argument;
         }
+    }
+    const std::vector<std::uint8_t> rgba = zorvan::texcompress::NaturalImages(kSide).front().pixels;
+    if (json) {
+        std::printf("{\"context\": {\"executable\": \"texconv_bench\"}, \"benchmarks\": [\n");
+    } else {
+        PrintHead();
+    }
+    bool first = true;
+    for (const Pipeline& pipeline : kPipelines) {
+        if (std::string_view(pipeline.name).find(wanted) == std::string_view::npos) {
+            continue;
+        }
+        const Result result = Measure(pipeline, rgba);
+        json ? PrintJson(pipeline.name, result, first) : PrintRow(pipeline.name, result);
+        first = false;
+    }
+    if (json) {
+        std::printf("\n]}\n");
     }
     return 0;
 }

@@ -1,8 +1,11 @@
 #!/usr/bin/env python3
-"""Writes the table and the chart of the codecs into docs/performance.md from the benchmark's own output.
+"""Writes the tables and charts of docs/performance.md from the benchmarks' own output.
 
 Usage: build/release/bin/texcompress_bench --benchmark_format=json > codecs.json
-       scripts/performance_report.py codecs.json
+       build/release/bin/texconv_bench --benchmark_format=json > converter.json
+       scripts/performance_report.py codecs.json converter.json
+
+Each report rewrites its own section; what is left out stays as it is.
 """
 import json
 import pathlib
@@ -10,29 +13,48 @@ import re
 import sys
 
 DOCS = pathlib.Path(__file__).resolve().parent.parent / "docs"
-BEGIN, END = "<!-- codec table: begin -->", "<!-- codec table: end -->"
 
 
-def read_rows(path):
+def read_rows(report):
     """Maps each row's name to its sets of kernels, in the order of the benchmark."""
     rows = {}
-    for run in json.loads(pathlib.Path(path).read_text())["benchmarks"]:
+    for run in report["benchmarks"]:
         name, kernels = run["name"].split("/")
         rows.setdefault(name, {})[kernels] = run
+    return rows
+
+
+def encoders_first(rows):
     return dict(sorted(rows.items(), key=lambda row: row[0].split(" ")[0], reverse=True))
 
 
-def table(rows):
+def rate(value):
+    return f"{value:.3g}" if value < 1000 else f"{value:.0f}"
+
+
+def codec_columns(runs, sets):
+    for s in sets[1:]:
+        yield f"{s} / plain", f"{runs[s]['x plain']:.1f}"
+    yield f"{sets[-1]} / memcpy", f"{runs[sets[-1]]['x memcpy']:.3f}"
+
+
+def converter_columns(runs, sets):
+    best = runs[sets[-1]]
+    yield f"{sets[-1]} / plain", f"{best['x plain']:.1f}"
+    yield f"{sets[-1]} / memcpy", f"{best['x memcpy']:.3f}"
+    yield f"{sets[-1]} / definition", f"{best['x definition']:.1f}" if "x definition" in best else ""
+    yield "KiB beside", str(best["KiB beside"])
+
+
+def table(rows, columns):
+    """One line a row: the rates of all sets, then what columns(runs, sets) yields as (title, cell)."""
     sets = list(next(iter(rows.values())))
-    lines = ["| work | " + " | ".join(f"{s}, MPixel/s" for s in sets) + " | "
-             + " | ".join(f"{s} / plain" for s in sets[1:]) + f" | {sets[-1]} / memcpy |",
-             "|---|" + "---|" * (2 * len(sets))]
+    lines = []
     for name, runs in rows.items():
-        cells = [f"{runs[s]['MPixel/s']:.3g}" if runs[s]["MPixel/s"] < 1000 else f"{runs[s]['MPixel/s']:.0f}"
-                 for s in sets]
-        cells += [f"{runs[s]['x plain']:.1f}" for s in sets[1:]]
-        cells.append(f"{runs[sets[-1]]['x memcpy']:.3f}")
-        lines.append(f"| {name} | " + " | ".join(cells) + " |")
+        cells = [(f"{s}, MPixel/s", rate(runs[s]["MPixel/s"])) for s in sets] + list(columns(runs, sets))
+        if not lines:
+            lines += ["| work | " + " | ".join(title for title, _ in cells) + " |", "|---|" + "---|" * len(cells)]
+        lines.append(f"| {name} | " + " | ".join(cell for _, cell in cells) + " |")
     return "\n".join(lines)
 
 
@@ -60,13 +82,22 @@ def chart(rows):
     return "\n".join(out) + "\n</svg>\n"
 
 
-def main():
-    rows = read_rows(sys.argv[1])
+def write_section(name, rows, columns):
+    begin, end = f"<!-- {name} table: begin -->", f"<!-- {name} table: end -->"
     page = DOCS / "performance.md"
-    text = page.read_text()
-    pattern = re.compile(re.escape(BEGIN) + ".*?" + re.escape(END), re.DOTALL)
-    page.write_text(pattern.sub(lambda _: f"{BEGIN}\n{table(rows)}\n{END}", text))
-    (DOCS / "images" / "codec-speed.svg").write_text(chart(rows))
+    pattern = re.compile(re.escape(begin) + ".*?" + re.escape(end), re.DOTALL)
+    text = pattern.sub(lambda _: f"{begin}\n{table(rows, columns)}\n{end}", page.read_text())
+    page.write_text(text)
+    (DOCS / "images" / f"{name}-speed.svg").write_text(chart(rows))
+
+
+def main():
+    for path in sys.argv[1:]:
+        report = json.loads(pathlib.Path(path).read_text())
+        if report["context"]["executable"].endswith("texconv_bench"):
+            write_section("converter", read_rows(report), converter_columns)
+        else:
+            write_section("codec", encoders_first(read_rows(report)), codec_columns)
 
 
 if __name__ == "__main__":
