@@ -8,43 +8,6 @@
 namespace QXTextureConverter {
 namespace {
 
-constexpr std::uint32_t kOpaque = 0xFF000000;
-
-template <typename Word>
-[[gnu::always_inline]] inline void UnpackWords(const WordLayout& layout, const std::uint8_t* __restrict words,
-                                               std::size_t count, std::uint8_t* __restrict rgba) {
-    const WordLayout fields = layout;
-    for (std::size_t i = 0; i < count; ++i) {
-        Word stored;
-        std::memcpy(&stored, words + i * sizeof(Word), sizeof(Word));
-        const std::uint32_t word = stored;
-        std::uint32_t pixel = fields.opaque ? kOpaque : 0;
-        for (unsigned c = 0; c < 4; ++c) {
-            const ChannelPlace& place = fields.places[c];
-            pixel |= ((((word >> place.shift) & place.readBits) * place.scale) >> place.scaleShift)
-                     << (8 * c);
-        }
-        std::memcpy(rgba + i * 4, &pixel, 4);
-    }
-}
-
-template <typename Word>
-[[gnu::always_inline]] inline void PackWords(const WordLayout& layout, const std::uint8_t* __restrict rgba,
-                                             std::size_t count, std::uint8_t* __restrict words) {
-    const WordLayout fields = layout;
-    for (std::size_t i = 0; i < count; ++i) {
-        std::uint32_t pixel;
-        std::memcpy(&pixel, rgba + i * 4, 4);
-        std::uint32_t word = 0;
-        for (unsigned c = 0; c < 4; ++c) {
-            const ChannelPlace& place = fields.places[c];
-            word |= ((pixel >> (8 * c + place.dropped)) & place.writeBits) << place.shift;
-        }
-        const auto stored = static_cast<Word>(word);
-        std::memcpy(words + i * sizeof(Word), &stored, sizeof(Word));
-    }
-}
-
 #if defined(__AVX2__) || defined(__aarch64__)
 
 using ByteVector = std::uint8_t __attribute__((vector_size(16)));
@@ -120,25 +83,69 @@ void Narrow24(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
 // Words of three bytes go through words of four, some at a time so that these stay in the nearest cache.
 constexpr std::size_t kChunkPixels = 256;
 
-[[gnu::always_inline]] inline void UnpackWords24(const WordLayout& layout, const std::uint8_t* words,
-                                                 std::size_t count, std::uint8_t* rgba) {
-    std::uint8_t chunk[kChunkPixels * 4];
-    for (std::size_t first = 0; first < count; first += kChunkPixels) {
-        const std::size_t here = count - first < kChunkPixels ? count - first : kChunkPixels;
-        Widen24(words + first * 3, here, chunk);
-        UnpackWords<std::uint32_t>(layout, chunk, here, rgba + first * 4);
-    }
-}
+// The loops of each direction, over words of a type and over words of three bytes; the plain kernel; and a
+// pixel's bytes before and after the conversion where a word has three.
+struct Unpacking {
+    static constexpr auto kPlain = &RowKernels::unpack;
+    static constexpr std::size_t kFrom24 = 3;
+    static constexpr std::size_t kTo24 = 4;
 
-[[gnu::always_inline]] inline void PackWords24(const WordLayout& layout, const std::uint8_t* rgba,
-                                               std::size_t count, std::uint8_t* words) {
-    std::uint8_t chunk[kChunkPixels * 4];
-    for (std::size_t first = 0; first < count; first += kChunkPixels) {
-        const std::size_t here = count - first < kChunkPixels ? count - first : kChunkPixels;
-        PackWords<std::uint32_t>(layout, rgba + first * 4, here, chunk);
-        Narrow24(chunk, here, words + first * 3);
+    template <typename Word>
+    [[gnu::always_inline]] static void Words(const WordLayout& layout, const std::uint8_t* __restrict words,
+                                             std::size_t count, std::uint8_t* __restrict rgba) {
+        constexpr std::uint32_t kOpaque = 0xFF000000;
+        const WordLayout fields = layout;
+        for (std::size_t i = 0; i < count; ++i) {
+            Word stored;
+            std::memcpy(&stored, words + i * sizeof(Word), sizeof(Word));
+            const std::uint32_t word = stored;
+            std::uint32_t pixel = fields.opaque ? kOpaque : 0;
+            for (unsigned c = 0; c < 4; ++c) {
+                const ChannelPlace& place = fields.places[c];
+                pixel |= ((((word >> place.shift) & place.readBits) * place.scale) >> place.scaleShift)
+                         << (8 * c);
+            }
+            std::memcpy(rgba + i * 4, &pixel, 4);
+        }
     }
-}
+
+    [[gnu::always_inline]] static void Words24(const WordLayout& layout, const std::uint8_t* words,
+                                               std::size_t count, std::uint8_t* rgba) {
+        std::uint8_t chunk[kChunkPixels * 4];
+        Widen24(words, count, chunk);
+        Words<std::uint32_t>(layout, chunk, count, rgba);
+    }
+};
+
+struct Packing {
+    static constexpr auto kPlain = &RowKernels::pack;
+    static constexpr std::size_t kFrom24 = 4;
+    static constexpr std::size_t kTo24 = 3;
+
+    template <typename Word>
+    [[gnu::always_inline]] static void Words(const WordLayout& layout, const std::uint8_t* __restrict rgba,
+                                             std::size_t count, std::uint8_t* __restrict words) {
+        const WordLayout fields = layout;
+        for (std::size_t i = 0; i < count; ++i) {
+            std::uint32_t pixel;
+            std::memcpy(&pixel, rgba + i * 4, 4);
+            std::uint32_t word = 0;
+            for (unsigned c = 0; c < 4; ++c) {
+                const ChannelPlace& place = fields.places[c];
+                word |= ((pixel >> (8 * c + place.dropped)) & place.writeBits) << place.shift;
+            }
+            const auto stored = static_cast<Word>(word);
+            std::memcpy(words + i * sizeof(Word), &stored, sizeof(Word));
+        }
+    }
+
+    [[gnu::always_inline]] static void Words24(const WordLayout& layout, const std::uint8_t* rgba,
+                                               std::size_t count, std::uint8_t* words) {
+        std::uint8_t chunk[kChunkPixels * 4];
+        Words<std::uint32_t>(layout, rgba, count, chunk);
+        Narrow24(chunk, count, words);
+    }
+};
 
 // Layouts with loops of their own, in which every shift and mask is a constant.
 constexpr WordLayout kRgbaWords(detail::kRgba8888, 4);
@@ -183,38 +190,37 @@ template <typename Action>
     }
 }
 
-void Unpack(const WordLayout& layout, const std::uint8_t* words, std::size_t count, std::uint8_t* rgba) {
+template <typename Direction>
+[[gnu::always_inline]] inline void ConvertWords(const WordLayout& layout, const std::uint8_t* from,
+                                                std::size_t count, std::uint8_t* to) {
     if (IsLike(layout, kRgbaWords)) {
-        std::memcpy(rgba, words, count * 4);
-    } else if (layout.bytes == 0) {
-        kScalarRowKernels.unpack(layout, words, count, rgba);
-    } else {
-        WithLayout(
-            layout, [=](const WordLayout& known, auto word) __attribute__((always_inline)) {
-                if (known.bytes == 3) {
-                    UnpackWords24(known, words, count, rgba);
-                } else {
-                    UnpackWords<decltype(word)>(known, words, count, rgba);
-                }
-            });
+        std::memcpy(to, from, count * 4);
+        return;
     }
+    if (layout.bytes == 0) {
+        (kScalarRowKernels.*Direction::kPlain)(layout, from, count, to);
+        return;
+    }
+    WithLayout(
+        layout, [=](const WordLayout& known, auto word) __attribute__((always_inline)) {
+            if (known.bytes != 3) {
+                Direction::template Words<decltype(word)>(known, from, count, to);
+                return;
+            }
+            for (std::size_t first = 0; first < count; first += kChunkPixels) {
+                const std::size_t here = count - first < kChunkPixels ? count - first : kChunkPixels;
+                Direction::Words24(known, from + first * Direction::kFrom24, here,
+                                   to + first * Direction::kTo24);
+            }
+        });
+}
+
+void Unpack(const WordLayout& layout, const std::uint8_t* words, std::size_t count, std::uint8_t* rgba) {
+    ConvertWords<Unpacking>(layout, words, count, rgba);
 }
 
 void Pack(const WordLayout& layout, const std::uint8_t* rgba, std::size_t count, std::uint8_t* words) {
-    if (IsLike(layout, kRgbaWords)) {
-        std::memcpy(words, rgba, count * 4);
-    } else if (layout.bytes == 0) {
-        kScalarRowKernels.pack(layout, rgba, count, words);
-    } else {
-        WithLayout(
-            layout, [=](const WordLayout& known, auto word) __attribute__((always_inline)) {
-                if (known.bytes == 3) {
-                    PackWords24(known, rgba, count, words);
-                } else {
-                    PackWords<decltype(word)>(known, rgba, count, words);
-                }
-            });
-    }
+    ConvertWords<Packing>(layout, rgba, count, words);
 }
 
 void Mirror(const std::uint8_t* __restrict rgba, std::size_t count, std::uint8_t* __restrict to) {
