@@ -1,6 +1,7 @@
 #include "core/texture.h"
 
 #include <cstdlib>
+#include <new>
 
 namespace zorvan {
 namespace {
@@ -34,8 +35,8 @@ Texture::Texture()
       usedHeight(properties) {
     using Handler = detail::member_function<detail::callable<void(uint32_t const&)>, Texture*,
                                             void (Texture::*)(uint32_t const&)>;
-    auto* handler = new Handler(this, &Texture::FormatChanged);
-    if (!format.changed.Add(handler)) {
+    auto* handler = new (std::nothrow) Handler(this, &Texture::FormatChanged);
+    if (handler != nullptr && !format.changed.Add(handler)) {
         delete handler;
     }
 }
@@ -44,7 +45,7 @@ Texture::~Texture() {
     ReleasePixelStore();
 }
 
-uint32_t Texture::GetBytesPerPixel() const {
+uint32_t Texture::GetBytesPerPixel() {
     return BytesPerPixel(format.Get());
 }
 

@@ -59,7 +59,7 @@ class ZORVAN_CORE_API Texture : public Referenced {
     bool CanSave() const { return !file_.empty() || pixels.data != nullptr; }
 
     // Of one pixel of the format: 2, 3 or 4; 1 for the block formats.
-    uint32_t GetBytesPerPixel() const;
+    uint32_t GetBytesPerPixel();
     // Makes the pixel store bytes long, with undefined contents, and empties the level table. False
     // when out of memory.
     bool SizePixelStore(uint32_t bytes);

@@ -69,6 +69,14 @@ void CameraGL::RegisterProperties() {
     Subscribe(viewRectangle, this, &CameraGL::RectangleChanged);
 }
 
+Matrix4T<RealFixed> CameraGL::GetViewMatrix() const {
+    return viewMatrix;
+}
+
+Matrix4T<RealFixed> CameraGL::GetProjectionMatrix() const {
+    return projectionMatrix;
+}
+
 void CameraGL::BoolChanged(bool const&) {
     projectionDirty = true;
 }

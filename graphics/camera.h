@@ -29,8 +29,8 @@ class ZORVAN_GL_API CameraGL : public Camera {
     virtual void CalculateProjection();
 
     // Of the last update; identity before the first.
-    Matrix4T<RealFixed> GetViewMatrix() const { return viewMatrix; }
-    Matrix4T<RealFixed> GetProjectionMatrix() const { return projectionMatrix; }
+    Matrix4T<RealFixed> GetViewMatrix() const;
+    Matrix4T<RealFixed> GetProjectionMatrix() const;
 
   private:
     void BoolChanged(bool const& value);

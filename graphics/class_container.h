@@ -12,10 +12,15 @@ template <typename T>
 class ZORVAN_GL_API ClassContainerT : public ClassContainer {
   public:
     using ClassContainer::ClassContainer;
+    ~ClassContainerT() override;
 
     // A new T, owned by the caller.
     void* Create() override;
 };
+
+// Not in the class: inline members are not exported.
+template <typename T>
+ClassContainerT<T>::~ClassContainerT() = default;
 
 template <typename T>
 void* ClassContainerT<T>::Create() {

@@ -54,14 +54,14 @@ class ZORVAN_GL_API GraphicsDeviceGL : public GraphicsDevice {
     void SetCameraDepth(bool depth) override;
 
     // Of the default camera or the top one, as SetCameraDepth chose; identity without a camera.
-    Matrix4T<RealFixed> GetProjectionMatrix() const;
-    Matrix4T<RealFixed> GetViewMatrix() const;
+    Matrix4T<RealFixed> GetProjectionMatrix();
+    Matrix4T<RealFixed> GetViewMatrix();
 
     // Takes a reference; null is ignored.
     void AddLight(Light* light);
     // The light's reference is not given back. Of two entries side by side only the first goes.
     void RemoveLight(Light* light);
-    uint32_t LightCount() const;
+    uint32_t LightCount();
     // Asks each light to set itself up on this device.
     void SetupLights();
 

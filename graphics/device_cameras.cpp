@@ -61,12 +61,12 @@ CameraGL const* GraphicsDeviceGL::CurrentCamera() const {
     return cameras.IsEmpty() ? nullptr : cameras.Last();
 }
 
-Matrix4T<RealFixed> GraphicsDeviceGL::GetProjectionMatrix() const {
+Matrix4T<RealFixed> GraphicsDeviceGL::GetProjectionMatrix() {
     CameraGL const* camera = CurrentCamera();
     return camera == nullptr ? Matrix4T<RealFixed>::Identity : camera->GetProjectionMatrix();
 }
 
-Matrix4T<RealFixed> GraphicsDeviceGL::GetViewMatrix() const {
+Matrix4T<RealFixed> GraphicsDeviceGL::GetViewMatrix() {
     CameraGL const* camera = CurrentCamera();
     return camera == nullptr ? Matrix4T<RealFixed>::Identity : camera->GetViewMatrix();
 }
@@ -89,7 +89,7 @@ void GraphicsDeviceGL::RemoveLight(Light* light) {
     }
 }
 
-uint32_t GraphicsDeviceGL::LightCount() const {
+uint32_t GraphicsDeviceGL::LightCount() {
     return lights.Count();
 }
 

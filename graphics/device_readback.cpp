@@ -23,13 +23,11 @@ using Scratch = std::unique_ptr<uint8_t, FreeDeleter>;
 struct Window {
     int x, y, width, height;
 
-    // Bytes of its pixels; more than 32 bits hold for absurd sizes.
+    // Bytes of its pixels; more than 32 bits hold for absurd sizes. Two negative sides, which GL refuses,
+    // count like positive ones.
     uint64_t Bytes(uint32_t bytesPerPixel) const {
-        if (width < 0 || height < 0) {
-            return UINT64_MAX;
-        }
-        const uint64_t pixels = static_cast<uint64_t>(width) * static_cast<uint64_t>(height);
-        return pixels > UINT32_MAX ? UINT64_MAX : pixels * bytesPerPixel;
+        const int64_t pixels = static_cast<int64_t>(width) * height;
+        return pixels < 0 || pixels > UINT32_MAX ? UINT64_MAX : static_cast<uint64_t>(pixels) * bytesPerPixel;
     }
 };
 

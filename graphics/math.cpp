@@ -17,18 +17,28 @@ struct Others {
 };
 constexpr Others kOthers[4] = {{1, 2, 3}, {0, 2, 3}, {0, 1, 3}, {0, 1, 2}};
 
-// Determinant of the matrix without a row and a column, by the columns along the first row that is left.
-RealFixed Minor(Matrix const& m, int withoutRow, int withoutColumn) {
+// Determinant of the matrix without a row and a column, by the columns along the first row that is left;
+// negated where row and column are an odd number apart. Six products are added and subtracted one by one;
+// should the first be subtracted, its first factor is negated instead, which rounds otherwise.
+RealFixed Cofactor(Matrix const& m, int withoutRow, int withoutColumn) {
     const Others row = kOthers[withoutRow];
     const Others column = kOthers[withoutColumn];
-    const auto at = [&](int r, int c) { return m[4 * c + r]; };
-    const auto part = [&](int c, int left, int right) {
-        const RealFixed a = at(row.first, c);
-        return a * at(row.second, left) * at(row.third, right) -
-               a * at(row.third, left) * at(row.second, right);
+    // A product's factors stand in the order of their columns.
+    const auto falling = [&](RealFixed first, int left, int right) {
+        return first * m[4 * left + row.second] * m[4 * right + row.third];
     };
-    return part(column.first, column.second, column.third) - part(column.second, column.first, column.third) +
-           part(column.third, column.first, column.second);
+    const auto rising = [&](RealFixed first, int left, int right) {
+        return first * m[4 * left + row.third] * m[4 * right + row.second];
+    };
+    const RealFixed a = m[4 * column.first + row.first];
+    const RealFixed b = m[4 * column.second + row.first];
+    const RealFixed c = m[4 * column.third + row.first];
+    const RealFixed rest = rising(a, column.second, column.third) + falling(b, column.first, column.third) -
+                           rising(b, column.first, column.third) - falling(c, column.first, column.second) +
+                           rising(c, column.first, column.second);
+    const bool odd = (withoutRow + withoutColumn) % 2 != 0;
+    return odd ? falling(-a, column.second, column.third) + rest
+               : falling(a, column.second, column.third) - rest;
 }
 
 }  // namespace
@@ -46,8 +56,7 @@ Matrix Inverse(Matrix const& matrix) {
     Matrix inverse;
     for (int row = 0; row < 4; ++row) {
         for (int column = 0; column < 4; ++column) {
-            const RealFixed minor = Minor(matrix, column, row);
-            inverse[4 * column + row] = (row + column) % 2 == 0 ? minor : -minor;
+            inverse[4 * column + row] = Cofactor(matrix, column, row);
         }
     }
     RealFixed determinant;

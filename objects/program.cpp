@@ -31,7 +31,7 @@ void RegisterProgram(ShaderGL& program, uint32_t key) {
     Shader::Add(&program);
 }
 
-void SetModelViewProjection(GraphicsDeviceGL const& device, ShaderGL const& program,
+void SetModelViewProjection(GraphicsDeviceGL& device, ShaderGL const& program,
                             Matrix4T<RealFixed> const& world) {
     Matrix4T<RealFixed> product;
     Multiply(product, world, device.GetViewMatrix());

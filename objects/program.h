@@ -43,7 +43,7 @@ void CreateProgram(ShaderGL*& slot, uint32_t key, List<unsigned int> const& mode
 }
 
 // Hands the program world, then the device's view, then its projection, as floats.
-void SetModelViewProjection(GraphicsDeviceGL const& device, ShaderGL const& program,
+void SetModelViewProjection(GraphicsDeviceGL& device, ShaderGL const& program,
                             Matrix4T<RealFixed> const& world);
 
 // Hands GL an array of fixed-point vectors, tightly packed, and enables it.

@@ -99,6 +99,10 @@ void SpriteGL::SetTexture(Texture* texture) {
     texCoords[3] = {u, zero};
 }
 
+ShaderGL* SpriteGL::GetGLShader() {
+    return shader;
+}
+
 void SpriteGL::SetGLShader(ShaderGL* program) {
     AssignProgram(shader, program);
 }

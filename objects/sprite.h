@@ -36,7 +36,7 @@ class ZORVAN_GL_API SpriteGL : public Sprite {
     // Scales the texture coordinates to the texture's used part; null leaves them.
     void SetTexture(Texture* texture) override;
 
-    ShaderGL* GetGLShader() const { return shader; }
+    ShaderGL* GetGLShader();
     // Takes a reference to the new program and gives back the old one's.
     void SetGLShader(ShaderGL* program);
     // Make and register a program under an identifier and use it; without success the old one stays.

@@ -41,6 +41,10 @@ bool TextGL::IsKindOf(ClassId id) {
     return id == MakeClassId(u"TextGL") || Text::IsKindOf(id);
 }
 
+ShaderGL* TextGL::GetGLShader() {
+    return shader;
+}
+
 void TextGL::SetGLShader(ShaderGL* program) {
     AssignProgram(shader, program);
 }

@@ -29,7 +29,7 @@ class ZORVAN_GL_API TextGL : public Text {
                         bool force) override;
     void InternalRender(GraphicsDevice& device) override;
 
-    ShaderGL* GetGLShader() const { return shader; }
+    ShaderGL* GetGLShader();
     // Takes a reference to the new program and gives back the old one's.
     void SetGLShader(ShaderGL* program);
     // Makes and registers a program under an identifier and uses it; without success the old one stays.

@@ -70,7 +70,7 @@ void UploadRows(UploadFormat const& gl, GLint level, uint32_t bytesPerPixel, Tex
 }
 
 // False for a format that GL does not take.
-bool UploadLevel(Texture const& texture, uint32_t index) {
+bool UploadLevel(Texture& texture, uint32_t index) {
     const uint32_t format = texture.format.Get();
     const UploadFormat gl = format < TextureFormat::kCount ? kUploadFormats[format] : UploadFormat{};
     if (gl.internal == 0) {

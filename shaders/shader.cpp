@@ -4,7 +4,6 @@
 #include <GLES2/gl2ext.h>
 
 #include <new>
-#include <string>
 #include <utility>
 
 #include "core/trace.h"
@@ -22,11 +21,16 @@ PFNGLPROGRAMBINARYOESPROC glProgramBinaryOES = nullptr;
 
 // A link log is traced as a format of its own, so its percent signs must not ask for arguments.
 void TraceVerbatim(char const* log) {
-    std::string format;
+    char format[2 * kLogSize];
+    char* end = format;
     for (; *log != '\0'; ++log) {
-        format.append(*log == '%' ? 2 : 1, *log);
+        if (*log == '%') {
+            *end++ = '%';
+        }
+        *end++ = *log;
     }
-    Debug::Trace(format.c_str());
+    *end = '\0';
+    Debug::Trace(format);
 }
 
 }  // namespace
