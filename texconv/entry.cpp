@@ -102,7 +102,10 @@ unsigned char* CImage::AllocateImage(std::uint32_t width, std::uint32_t height, 
 
 bool CImage::StartWorkingImage(std::uint32_t bytesPerPixel) {
     SetBuffer(nullptr);
-    if (m_pSrc == nullptr || m_pSrc->pData == nullptr) {
+    if (m_pSrc == nullptr) {
+        return false;
+    }
+    if (m_pSrc->pData == nullptr && m_pSrc->nWidth != 0 && m_pSrc->nHeight != 0) {
         return false;
     }
     m_nWidth = m_pSrc->nWidth;

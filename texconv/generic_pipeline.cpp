@@ -38,13 +38,10 @@ RowSourcePointer CImage::UncompressedRows() {
     const std::uint32_t stride = ImgInfo(m_pSrc, INFO_STRIDE);
     const ChannelMasks masks = Masks(m_pSrc);
     const SourceBytes bytes{m_pSrc->pData, DataLimit(m_pSrc)};
-    if (bits == 32 && IsPackedRgba(stride, m_pSrc->nWidth, masks)) {
-        return PlainRows(bytes, m_pSrc->nWidth, stride, WordLayout(masks, kRgbaBytes));
-    }
     if (const std::uint32_t entryBits = ImgInfo(m_pSrc, INFO_PALETTE_BITS); entryBits != 0) {
-        return PaletteRows(bytes, m_pSrc->nWidth, stride, bits, WordLayout(masks, entryBits / 8));
+        return PaletteRows(bytes, m_pSrc->nWidth, stride, bits, entryBits / 8, masks);
     }
-    return PlainRows(bytes, m_pSrc->nWidth, stride, WordLayout(masks, bits / 8));
+    return PlainRows(bytes, m_pSrc->nWidth, stride, bits / 8, masks);
 }
 
 void CImage::Output_Generic() {

@@ -39,6 +39,18 @@ void ReadRow(const std::uint8_t* data, std::uint64_t limit, std::uint64_t offset
     }
 }
 
+// Calls kernel(bytes, x, 1) for every pixel x of a row, with the four bytes that begin where the pixel
+// does, whatever its size. Bytes from `limit` on are not touched; they read as 0.
+template <typename Kernel>
+void ReadWordsInRow(const std::uint8_t* data, std::uint64_t limit, std::uint64_t offset,
+                    std::uint32_t pixelBytes, std::uint32_t width, const Kernel& kernel) {
+    for (std::uint32_t x = 0; x < width; ++x) {
+        const std::uint64_t start = offset + std::uint64_t{x} * pixelBytes;
+        ReadRow(data, limit, start, 4, 1,
+                [&](const std::uint8_t* bytes, std::uint32_t, std::uint32_t) { kernel(bytes, x, 1u); });
+    }
+}
+
 // The same for writing: kernel(bytes, first, count) stores pixels; what would fall on bytes from
 // `limit` on is dropped.
 template <typename Kernel>

@@ -15,30 +15,44 @@ namespace {
 constexpr std::uint32_t kRgbaBytes = 4;
 constexpr std::uint32_t kFloatPixelBytes = 16;
 
+// Unpacks the words of `count` pixels, pixelBytes apart from byte `offset` on.
+void UnpackRow(const SourceBytes& source, std::uint64_t offset, std::uint32_t pixelBytes,
+               const WordLayout& layout, std::uint32_t count, std::uint8_t* to) {
+    const auto unpack = [&](const std::uint8_t* words, std::uint32_t first, std::uint32_t some) {
+        SelectRowKernels().unpack(layout, words, some, to + std::size_t{first} * kRgbaBytes);
+    };
+    if (layout.bytes > pixelBytes) {
+        ReadWordsInRow(source.data, source.limit, offset, pixelBytes, count, unpack);
+    } else {
+        ReadRow(source.data, source.limit, offset, std::max(pixelBytes, 1u), count, unpack);
+    }
+}
+
 class PlainSource : public RowSource {
   public:
     PlainSource(const SourceBytes& source, std::uint32_t width, std::uint32_t stride,
-                const WordLayout& layout)
-        : m_source(source), m_width(width), m_stride(stride), m_layout(layout) {}
+                std::uint32_t pixelBytes, const ChannelMasks& masks)
+        : m_source(source),
+          m_width(width),
+          m_stride(stride),
+          m_pixelBytes(pixelBytes),
+          m_layout(WordLayout::ForReading(masks, pixelBytes)) {}
 
     void Read(std::uint32_t y, std::uint8_t* to) override {
-        ReadRow(m_source.data, m_source.limit, std::uint64_t{y} * m_stride, std::max(m_layout.bytes, 1u),
-                m_width, [&](const std::uint8_t* words, std::uint32_t first, std::uint32_t count) {
-                    m_kernels.unpack(m_layout, words, count, to + std::size_t{first} * kRgbaBytes);
-                });
+        UnpackRow(m_source, std::uint64_t{y} * m_stride, m_pixelBytes, m_layout, m_width, to);
     }
 
     const std::uint8_t* Peek(std::uint32_t y) override {
         const std::uint64_t offset = std::uint64_t{y} * m_stride;
         const bool whole = offset + std::uint64_t{m_width} * kRgbaBytes <= m_source.limit;
-        return m_layout.IsRgba() && whole ? m_source.data + offset : nullptr;
+        return m_pixelBytes == kRgbaBytes && m_layout.IsRgba() && whole ? m_source.data + offset : nullptr;
     }
 
   private:
-    const RowKernels& m_kernels = SelectRowKernels();
     SourceBytes m_source;
     std::uint32_t m_width;
     std::uint32_t m_stride;
+    std::uint32_t m_pixelBytes;
     WordLayout m_layout;
 };
 
@@ -60,18 +74,15 @@ void LookUpIndices(const std::uint8_t* indices, std::uint32_t count, const std::
 class PaletteSource : public RowSource {
   public:
     PaletteSource(const SourceBytes& source, std::uint32_t width, std::uint32_t stride, std::uint32_t bits,
-                  const WordLayout& entries)
+                  std::uint32_t entryBytes, const ChannelMasks& masks)
         : m_source(source),
           m_width(width),
           m_stride(stride),
           m_bits(bits),
-          m_tableBytes(entries.bytes << bits),
+          m_tableBytes(entryBytes << bits),
           m_lookUp(bits == 8 ? LookUpIndices<8> : (bits == 4 ? LookUpIndices<4> : LookUpIndices<1>)) {
-        auto* table = reinterpret_cast<std::uint8_t*>(m_table.data());
-        ReadRow(source.data, source.limit, 0, entries.bytes, 1u << bits,
-                [&](const std::uint8_t* words, std::uint32_t first, std::uint32_t count) {
-                    SelectRowKernels().unpack(entries, words, count, table + std::size_t{first} * kRgbaBytes);
-                });
+        UnpackRow(source, 0, entryBytes, WordLayout::ForReading(masks, entryBytes), 1u << bits,
+                  reinterpret_cast<std::uint8_t*>(m_table.data()));
     }
 
     void Read(std::uint32_t y, std::uint8_t* to) override {
@@ -215,13 +226,13 @@ class WorkingSource : public RowSource {
 }  // namespace
 
 RowSourcePointer PlainRows(const SourceBytes& source, std::uint32_t width, std::uint32_t stride,
-                           const WordLayout& layout) {
-    return std::make_unique<PlainSource>(source, width, stride, layout);
+                           std::uint32_t pixelBytes, const ChannelMasks& masks) {
+    return std::make_unique<PlainSource>(source, width, stride, pixelBytes, masks);
 }
 
 RowSourcePointer PaletteRows(const SourceBytes& source, std::uint32_t width, std::uint32_t stride,
-                             std::uint32_t bits, const WordLayout& entries) {
-    return std::make_unique<PaletteSource>(source, width, stride, bits, entries);
+                             std::uint32_t bits, std::uint32_t entryBytes, const ChannelMasks& masks) {
+    return std::make_unique<PaletteSource>(source, width, stride, bits, entryBytes, masks);
 }
 
 RowSourcePointer FloatRowsAsBytes(const SourceBytes& source, std::uint32_t width, const FormatInfo& format) {

@@ -13,13 +13,14 @@ struct SourceBytes {
     std::uint64_t limit;
 };
 
-// Plain pixels as R, G, B, A bytes; rows lie `stride` bytes apart.
+// Plain pixels of 0 to 4 bytes as R, G, B, A bytes; rows lie `stride` bytes apart.
 RowSourcePointer PlainRows(const SourceBytes& source, std::uint32_t width, std::uint32_t stride,
-                           const WordLayout& layout);
+                           std::uint32_t pixelBytes, const ChannelMasks& masks);
 
-// Indices of 1, 4 or 8 bits after their colour table, as R, G, B, A bytes.
+// Indices of 1, 4 or 8 bits after their colour table, whose entries have entryBytes bytes, as R, G, B, A
+// bytes.
 RowSourcePointer PaletteRows(const SourceBytes& source, std::uint32_t width, std::uint32_t stride,
-                             std::uint32_t bits, const WordLayout& entries);
+                             std::uint32_t bits, std::uint32_t entryBytes, const ChannelMasks& masks);
 
 // Packed pixels of a float format, as R, G, B, A bytes or floats.
 RowSourcePointer FloatRowsAsBytes(const SourceBytes& source, std::uint32_t width, const FormatInfo& format);

@@ -53,6 +53,13 @@ struct WordLayout {
           places{ChannelPlace(masks.red), ChannelPlace(masks.green), ChannelPlace(masks.blue),
                  ChannelPlace(masks.alpha)} {}
 
+    // Of pixels to read: the four bytes from the pixel's first on where a mask reaches beyond its own.
+    static constexpr WordLayout ForReading(const ChannelMasks& masks, std::uint32_t pixelBytes) {
+        const std::uint32_t used = masks.red | masks.green | masks.blue | masks.alpha;
+        const bool beyond = pixelBytes < 4 && used >> (8 * pixelBytes) != 0;
+        return {masks, beyond ? 4 : pixelBytes};
+    }
+
     // R, G, B, A bytes, as the working image has them.
     constexpr bool IsRgba() const { return bytes == 4 && masks == detail::kRgba8888; }
 };

@@ -98,6 +98,38 @@ TEST(Plain, MasksOverrideTheFormat) {
     EXPECT_EQ(wide.DataSize(), 3u);
 }
 
+// A word is the four bytes from the pixel's first on; those beyond the image read as 0.
+TEST(Plain, MasksBeyondThePixelReadTheBytesBehindIt) {
+    struct Row {
+        const char* what;
+        std::uint32_t format, red, green;
+        Bytes data, rgba;
+    };
+    const Row rows[] = {
+        {"L8", FMT_L8, 0xFF00, 0xFF0000, {0x11, 0x22}, {0x22, 0, 0x11, 255, 0, 0, 0x22, 255}},
+        {"RGB888", FMT_RGB888, 0xFF000000, 0, {1, 2, 3, 4, 5, 6}, {4, 2, 3, 255, 0, 5, 6, 255}},
+        {"unsupported", 26, 0xFF, 0xFF00, {0x11, 0x22}, {0x11, 0x22, 0, 255, 0x11, 0x22, 0, 255}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        WithEachKernelSet([&] {
+            TestImage source(2, 1, row.format, row.data);
+            source.With(&TFormatFlags::nMaskRed, row.red).With(&TFormatFlags::nMaskGreen, row.green);
+            TestImage destination(2, 1, FMT_RGBA8888);
+            destination.Allocate(0xEE);
+            MessagesOf([&] { Qonvert(source.Get(), destination.Get()); });
+            EXPECT_EQ(destination.Data(), row.rgba);
+        });
+    }
+    Bytes palette(2 * 256 + 1);
+    palette = {0, 0, 0, 0, 0x33};
+    palette.resize(2 * 256 + 1);
+    palette[2 * 256] = 1;
+    TestImage source(1, 1, FMT_P8_RGB565, palette);
+    source.With(&TFormatFlags::nMaskRed, 0xFF0000);
+    EXPECT_EQ(Convert(source, FMT_RGBA8888)[0], 0x33);
+}
+
 TEST(Plain, DataSizeIsWrittenExceptByThePackedCopy) {
     const Bytes rgb{1, 2, 3, 4, 5, 6, 7, 8, 9};
     struct Row {
