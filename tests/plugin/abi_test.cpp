@@ -295,7 +295,7 @@ TEST(PlugInFile, Exports) {
         {"ShaderGL",
          "Create Compile CompileGLShader CreateGLShader GetGLShader Use ReleaseGLShader Load "
          "LookupLocations"},
-        {"ShaderSource", "Trace Save"},
+        {"ShaderSource", "Trace-const Save"},
         {"SpriteVertexShaderSource", ""},
         {"SolidVertexShaderSource", ""},
         {"TextVertexShaderSource", ""},
