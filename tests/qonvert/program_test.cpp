@@ -158,6 +158,22 @@ TEST_F(Program, DefaultFormatIsTheNearestThatTheContainerCarries) {
     EXPECT_TRUE(Shell("tail -c 32 b.pkm >blocks && tail -c 32 c.ktx | cmp blocks"));
 }
 
+TEST_F(Program, ASignalAmidWritingLeavesNothingBehind) {
+    // 64 MB, which take a while; the signal comes when the temporary file is there.
+    EXPECT_TRUE(Shell(R"(head -c 67108864 /dev/zero >big.raw
+        for try in 1 2 3 4 5 6 7 8 9; do
+            rm -f out.raw; $TOOL convert big.raw out.raw --raw 8192x8192:l8 & tool=$!
+            until set -- out.raw.*; [ -e "$1" ]; do kill -0 $tool || break; done
+            kill $tool; wait $tool; code=$?
+            [ $code = 143 ] && break
+        done
+        [ $code = 143 ])"));
+    EXPECT_EQ(Names(), std::vector<std::string>{"big.raw"});
+    // So does a limit of the file's size.
+    EXPECT_TRUE(Shell("(ulimit -f 8 && $TOOL convert big.raw out.raw --raw 8192x8192:l8; [ $? = 2 ])"));
+    EXPECT_EQ(Names(), std::vector<std::string>{"big.raw"});
+}
+
 TEST_F(Program, OneBrokenFileAmongTwoHundred) {
     WritePicture("a.png", 8, 8);
     ASSERT_TRUE(

@@ -221,6 +221,14 @@ TEST_F(Render, FilmsThatFailLeaveNothingBehind) {
     std::filesystem::permissions(Path("bin/ffmpeg"), std::filesystem::perms::owner_all);
     ExpectFailure({"render scene.json a.mp4 --frames 0..9", 2, "a.mp4: cannot write: ffmpeg: no such codec"});
     setenv("PATH", path.c_str(), 1);
+    if (Installed("ffmpeg")) {
+        // A signal ends it between two frames, and the frames before stay.
+        EXPECT_TRUE(
+            Shell("$TOOL render scene.json a.mp4 --frames 0..99999 2>said & until set -- a.mp4.*; [ -e $1 ]; "
+                  "do sleep 0.01; done; kill $!; wait $!; [ $? = 143 ] && [ \"$(cat said)\" = 'zorvan: "
+                  "interrupted' ] && rm said"));
+        EXPECT_EQ(Names(), (std::vector<std::string>{"bin", "bin/ffmpeg", "scene.json"}));
+    }
 }
 
 // Mean difference of all channels, or a huge number for different sizes.

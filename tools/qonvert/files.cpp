@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "tools/qonvert/finding.h"
+#include "tools/qonvert/unfinished.h"
 
 namespace qonvert {
 
@@ -65,23 +66,16 @@ void WriteAll(int descriptor, ByteSpan bytes, const std::string& path) {
     }
 }
 
-// A new file beside `target`, with the permissions of any new file. The name is told apart from those of
-// other processes and threads.
-int CreateBeside(const std::string& target, std::string& name) {
-    static std::atomic<unsigned> count{0};
-    int descriptor = -1;
-    do {
-        name = target + "." + std::to_string(getpid()) + "-" + std::to_string(count++) + ".tmp";
-        descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    } while (descriptor < 0 && errno == EEXIST);
-    return descriptor;
-}
-
-// Removes the temporary file unless it has become the real one.
+// A new file beside its target, with the permissions of any new file. It is removed unless it becomes the
+// target.
 class Temporary {
   public:
     explicit Temporary(const std::string& target) : target_(target) {
-        descriptor_ = CreateBeside(target, name_);
+        // Told apart from those of other processes and threads.
+        static std::atomic<unsigned> count{0};
+        do {
+            name_ = target + "." + std::to_string(getpid()) + "-" + std::to_string(count++) + ".tmp";
+        } while (!BeginUnfinished(name_, [this] { return Create(); }) && errno == EEXIST);
         if (descriptor_ < 0) {
             FailIo(target, std::strerror(errno));
         }
@@ -92,9 +86,11 @@ class Temporary {
         if (descriptor_ >= 0) {
             close(descriptor_);
         }
-        if (!name_.empty()) {
-            unlink(name_.c_str());
-        }
+        EndUnfinished(name_, [this] {
+            if (!renamed_) {
+                unlink(name_.c_str());
+            }
+        });
     }
 
     void Write(ByteSpan bytes) {
@@ -112,19 +108,22 @@ class Temporary {
         if (!overwrite && !linked && errno == EEXIST) {
             FailIo(target_, "exists; --overwrite replaces it");
         }
-        if (linked) {
-            return;
-        }
-        if (rename(name_.c_str(), target_.c_str()) != 0) {
+        renamed_ = !linked && rename(name_.c_str(), target_.c_str()) == 0;
+        if (!linked && !renamed_) {
             FailIo(target_, std::strerror(errno));
         }
-        name_.clear();
     }
 
   private:
+    bool Create() {
+        descriptor_ = open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        return descriptor_ >= 0;
+    }
+
     std::string target_;
     std::string name_;
     int descriptor_ = -1;
+    bool renamed_ = false;
 };
 
 }  // namespace

@@ -17,7 +17,8 @@ Bytes ReadFile(const std::string& path);
 // Throws ToolError (I/O) when `path` exists and may not be replaced.
 void CheckWritable(const std::string& path, bool overwrite);
 
-// Writes a temporary file beside `path` and renames it, so that there is the whole file or none.
+// Writes a temporary file beside `path` and renames it, so that there is the whole file or none; see
+// unfinished.h for what signals do.
 // Throws ToolError (I/O), also when the file exists and `overwrite` is not set.
 void WriteFile(const std::string& path, ByteSpan bytes, bool overwrite);
 

@@ -1,11 +1,13 @@
 // qonvert: converts, inspects and compares texture files.
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <iostream>
 #include <new>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "tools/qonvert/unfinished.h"
 #include "tools/qonvert/verbs.h"
 
 namespace {
@@ -97,6 +99,9 @@ ExitCode Run(int argc, char** argv, Session& session) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    RemoveUnfinishedOnSignals();
+    // A file that grows beyond a limit is a failed write like any other.
+    std::signal(SIGXFSZ, SIG_IGN);
     Session session;
     ExitCode code = ExitCode::kRuntime;
     try {

@@ -161,8 +161,11 @@ bool FilmOutput::Start(Image const& frame) {
 bool FilmOutput::Close() {
     const bool written = pipe_ != nullptr && std::fclose(std::exchange(pipe_, nullptr)) == 0;
     int status = 0;
-    return waitpid(std::exchange(child_, 0), &status, 0) > 0 && written && WIFEXITED(status) &&
-           WEXITSTATUS(status) == 0;
+    while (waitpid(child_, &status, 0) < 0 && errno == EINTR) {
+        kill(child_, SIGKILL);  // interrupted: the film is given up
+    }
+    child_ = 0;
+    return written && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 Failure FilmOutput::Explain() {

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <new>
 
+#include "tools/zorvan/interruption.h"
 #include "tools/zorvan/verb.h"
 
 namespace {
@@ -73,9 +74,14 @@ int Run(int argc, char** argv) {
 int main(int argc, char** argv) {
     // A reader that goes away is a write error with a message, not a silent end.
     std::signal(SIGPIPE, SIG_IGN);
+    // A file that grows beyond a limit is a failed write like any other.
+    std::signal(SIGXFSZ, SIG_IGN);
+    int code = 0;
     try {
-        return Run(argc, argv);
+        code = Run(argc, argv);
     } catch (std::bad_alloc const&) {
-        return Report(ExitCode::Runtime, "out of memory");
+        code = Report(ExitCode::Runtime, "out of memory");
     }
+    zorvan::tool::DieOfNotedSignal();
+    return code;
 }

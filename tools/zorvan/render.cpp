@@ -3,6 +3,7 @@
 #include "tools/zorvan/draw_counter.h"
 #include "tools/zorvan/film_output.h"
 #include "tools/zorvan/frame_output.h"
+#include "tools/zorvan/interruption.h"
 #include "tools/zorvan/progress.h"
 #include "tools/zorvan/report.h"
 #include "tools/zorvan/sheet_output.h"
@@ -81,6 +82,9 @@ Status DrawFrames(RenderOptions const& options, Stage& stage, FrameOutput& outpu
         if (Status failure = output.Write(number, *frame)) {
             return failure;
         }
+        if (Status interruption = CheckInterruption()) {
+            return interruption;
+        }
         progress.Step();
     }
     return output.Finish();
@@ -136,6 +140,10 @@ Status Render(RenderOptions const& options) {
     Result<std::unique_ptr<Stage>> stage = Stage::Open(options.stage);
     if (!stage) {
         return stage.GetFailure();
+    }
+    // A stream has nothing to clean up.
+    if (!ToStream(options)) {
+        NoteSignals();
     }
     FrameFigures figures;
     if (Status failure = DrawFrames(options, **stage, **output, figures)) {

@@ -1,0 +1,73 @@
+#include "tools/qonvert/unfinished.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <mutex>
+#include <set>
+#include <thread>
+
+namespace qonvert {
+
+namespace {
+
+struct Registry {
+    std::mutex mutex;
+    std::set<std::string> names;
+};
+
+// Never destroyed: the waiting thread may need it until the process is gone.
+Registry& TheRegistry() {
+    static auto* registry = new Registry;
+    return *registry;
+}
+
+[[noreturn]] void RemoveAllAndDie(int signal, const sigset_t& signals) {
+    // Kept to the end, so that no other file is begun.
+    TheRegistry().mutex.lock();
+    for (const std::string& name : TheRegistry().names) {
+        unlink(name.c_str());
+    }
+    std::signal(signal, SIG_DFL);
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    raise(signal);
+    _exit(128 + signal);
+}
+
+}  // namespace
+
+void RemoveUnfinishedOnSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action {};
+        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
+            sigaddset(&signals, signal);
+        }
+    }
+    // Inherited by every thread, so that only the one that waits gets them.
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    std::thread([signals] {
+        int signal = 0;
+        if (sigwait(&signals, &signal) == 0) {
+            RemoveAllAndDie(signal, signals);
+        }
+    }).detach();
+}
+
+bool BeginUnfinished(const std::string& name, const std::function<bool()>& begin) {
+    const std::lock_guard lock(TheRegistry().mutex);
+    const bool begun = begin();
+    if (begun) {
+        TheRegistry().names.insert(name);
+    }
+    return begun;
+}
+
+void EndUnfinished(const std::string& name, const std::function<void()>& end) {
+    const std::lock_guard lock(TheRegistry().mutex);
+    end();
+    TheRegistry().names.erase(name);
+}
+
+}  // namespace qonvert

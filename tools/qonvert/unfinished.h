@@ -1,0 +1,19 @@
+// Files that are being written. A signal that ends the program removes them first.
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace qonvert {
+
+// Lets SIGINT, SIGTERM and SIGHUP remove what is unfinished before they end the program; those that are
+// ignored stay so. To be called before any other thread starts.
+void RemoveUnfinishedOnSignals();
+
+// Runs `begin`, which makes the file and says whether it did; if so, the file is unfinished.
+bool BeginUnfinished(const std::string& name, const std::function<bool()>& begin);
+
+// Runs `end`, which renames or removes the file; it is unfinished no more.
+void EndUnfinished(const std::string& name, const std::function<void()>& end);
+
+}  // namespace qonvert
