@@ -241,12 +241,25 @@ double Difference(Image const& a, Image const& b) {
 }
 
 TEST_F(Render, ExamplesLookLikeTheirPictures) {
-    const std::pair<std::string, std::string> pictures[] = {{"hello", "0"},    {"transfer-modes", "0"},
-                                                            {"camera", "0"},   {"crowd", "0"},
-                                                            {"showcase", "4"}, {"timelines", "3"}};
-    for (auto const& [name, time] : pictures) {
+    struct Example {
+        std::string name, time;
+        bool letters;
+    };
+    const bool fonts =
+        std::filesystem::exists("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf") &&
+        std::filesystem::exists("/usr/share/fonts/truetype/liberation2/LiberationSerif-Italic.ttf");
+    const Example examples[] = {{"hello", "0", false},   {"transfer-modes", "0", false},
+                                {"camera", "0", false},  {"crowd", "0", false},
+                                {"showcase", "4", true}, {"timelines", "3", true},
+                                {"text", "0", true}};
+    for (auto const& [name, time, letters] : examples) {
+        if (letters && !fonts) {
+            continue;  // Debian: fonts-dejavu-core, fonts-liberation2
+        }
         const Image image = Picture("--time " + time, "'" ZORVAN_BINARY "/examples/" + name + ".json'");
-        EXPECT_LT(Difference(image, ReadPicture(ZORVAN_SOURCE "/docs/images/" + name + ".png")), 0.25)
+        // Releases of FreeType differ in the edges of letters.
+        EXPECT_LT(Difference(image, ReadPicture(ZORVAN_SOURCE "/docs/images/" + name + ".png")),
+                  letters ? 0.5 : 0.25)
             << name;
     }
 }
