@@ -12,6 +12,8 @@ const std::string kFrames = "FIRST..LAST or one frame number, 0 to 10000000, in 
 const std::string kSeconds = "seconds from 0 to 32767" + kHelp;
 const std::string kColor = "#rrggbb or #rrggbbaa" + kHelp;
 const std::string kPattern = ": got a name with '%', expected one %d or %0Nd in it";
+const std::string kUnknownKind =
+    ": got an output of unknown kind, expected a name that ends in .png, .gif, .mp4 or .webm, or -";
 
 std::string Got(std::string const& option, std::string const& value) {
     return option + ": got '" + value + "', expected ";
@@ -64,6 +66,8 @@ const FailureRow kRows[] = {
     {"render scene.json a%0d.png", 1, "a%0d.png" + kPattern},
     {"render scene.json a%04x.png --frames 0..1", 1, "a%04x.png" + kPattern},
     {"render scene.json a%99d.png", 1, "a%99d.png" + kPattern},
+    {"render scene.json scene.json", 1, "scene.json" + kUnknownKind},
+    {"render scene.json a.jpg --sheet 2x2", 1, "a.jpg" + kUnknownKind},
     // Files.
     {"render no.json a.png", 2, "no.json: No such file or directory"},
     {"info no.json", 2, "no.json: No such file or directory"},

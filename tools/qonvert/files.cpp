@@ -154,6 +154,9 @@ void CheckWritable(const std::string& path, bool overwrite) {
 
 void WriteFile(const std::string& path, ByteSpan bytes, bool overwrite) {
     if (IsStandardStream(path)) {
+        if (isatty(STDOUT_FILENO) != 0) {
+            throw ToolError(ExitCode::kUsage, "standard output is a terminal, expected a file or a pipe");
+        }
         WriteAll(STDOUT_FILENO, bytes, "standard output");
         return;
     }

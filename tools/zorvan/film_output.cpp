@@ -45,9 +45,7 @@ std::vector<FilmFormat> const& Formats() {
 }
 
 FilmFormat const* FindFormat(std::string const& path) {
-    std::string extension = fs::path(path).extension();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c; });
+    const std::string extension = LowerExtension(path);
     for (FilmFormat const& format : Formats()) {
         if (extension == format.extension) {
             return &format;

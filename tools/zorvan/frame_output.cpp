@@ -1,5 +1,6 @@
 #include "tools/zorvan/frame_output.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -125,6 +126,22 @@ bool StreamOutput::WritePlanes(Image const& frame) {
 
 }  // namespace
 
+std::string LowerExtension(std::string const& path) {
+    std::string extension = std::filesystem::path(path).extension();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c; });
+    return extension;
+}
+
+Status CheckPngName(std::string const& path) {
+    if (LowerExtension(path) != ".png") {
+        return Failure{ExitCode::Usage, path +
+                                            ": got an output of unknown kind, expected a name that ends in "
+                                            ".png, .gif, .mp4 or .webm, or -"};
+    }
+    return CheckFolder(path);
+}
+
 Status CheckFolder(std::string const& path) {
     const std::filesystem::path folder = std::filesystem::path(path).parent_path();
     std::error_code error;
@@ -143,7 +160,7 @@ Result<std::unique_ptr<FrameOutput>> MakePngOutput(std::string const& path, Fram
         return Failure{ExitCode::Usage, path + ": got one name for " + std::to_string(frames.Count()) +
                                             " frames, expected a name like out_%04d.png"};
     }
-    if (Status failure = CheckFolder(pattern->Name(frames.first))) {
+    if (Status failure = CheckPngName(pattern->Name(frames.first))) {
         return *failure;
     }
     return std::unique_ptr<FrameOutput>(new PngOutput(*pattern));

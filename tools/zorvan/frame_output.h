@@ -19,8 +19,13 @@ class FrameOutput {
     virtual Status Finish() = 0;
 };
 
+// ".png" of a path, in lower case.
+std::string LowerExtension(std::string const& path);
+
 // A failure when the folder of a file to be written does not exist.
 Status CheckFolder(std::string const& path);
+// The same for a PNG file, and when its name does not end so: a picture never replaces the scene by accident.
+Status CheckPngName(std::string const& path);
 
 // PNG files, each either the old or the whole new one. The path may hold one %d or %0Nd for the frame's
 // number, and must when there is more than one frame. Fails at once, before anything is drawn, when the

@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 
 #include "tools/zorvan/draw_counter.h"
@@ -54,6 +56,9 @@ Status CheckOptions(RenderOptions const& options) {
     if (options.raw && !ToStream(options)) {
         return Failure{ExitCode::Usage,
                        "--raw: got the file " + options.out + " as output, expected - (standard output)"};
+    }
+    if (ToStream(options) && isatty(STDOUT_FILENO) == 1) {
+        return Failure{ExitCode::Usage, "standard output: got a terminal, expected a file or a pipe"};
     }
     if (options.sheet && (ToStream(options) || IsFilmName(options.out))) {
         return Failure{ExitCode::Usage, "--sheet: got the output " + options.out + ", expected a PNG file"};

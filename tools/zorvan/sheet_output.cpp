@@ -55,7 +55,7 @@ Status SheetOutput::Write(uint32_t, Image const& frame) {
 }  // namespace
 
 Result<std::unique_ptr<FrameOutput>> MakeSheetOutput(std::string const& path, SheetGrid const& grid) {
-    if (Status failure = CheckFolder(path)) {
+    if (Status failure = CheckPngName(path)) {
         return *failure;
     }
     return std::unique_ptr<FrameOutput>(new SheetOutput(path, grid));
