@@ -58,25 +58,29 @@ void Report(benchmark::State& state, const QuickestCall& quickest, size_t set, d
     state.counters["x memcpy"] = quickest.MPixels() / MemcpyMPixels();
 }
 
-void BenchEncode(benchmark::State& state, const EncoderCase& encoder, size_t set, double& plainRate) {
+void BenchEncode(benchmark::State& state, const Codec& codec, size_t set, double& plainRate) {
     UseBlockKernels(*KernelSetAt(set).kernels);
-    std::vector<uint8_t> blocks = MakeBlocks(encoder, Image());
+    std::vector<uint8_t> blocks = Encode(codec, SourceOf(Image()));
+    auto size = static_cast<uint32_t>(blocks.size());
+    _ATITC_HEADER header;
     QuickestCall quickest;
     for (auto _ : state) {
-        quickest.Time([&] { benchmark::DoNotOptimize(Encode(encoder, Image(), blocks)); });
+        quickest.Time([&] { Encode(codec, SourceOf(Image()), blocks.data(), &size, &header); });
     }
     Report(state, quickest, set, plainRate);
 }
 
-void BenchDecode(benchmark::State& state, const EncoderCase& encoder, size_t set, double& plainRate) {
+void BenchDecode(benchmark::State& state, const Codec& codec, size_t set, double& plainRate) {
+    const auto& [name, width, height, source] = Image();
     UseBlockKernels(*KernelSetAt(KernelSetCount() - 1).kernels);
-    std::vector<uint8_t> blocks = MakeBlocks(encoder, Image());
-    Encode(encoder, Image(), blocks);
+    const std::vector<uint8_t> blocks = Encode(codec, SourceOf(Image()));
+    std::vector<uint8_t> pixels = Decode(codec, width, height, blocks);
+    auto size = static_cast<uint32_t>(pixels.size());
     UseBlockKernels(*KernelSetAt(set).kernels);
-    std::vector<uint8_t> pixels = MakePixels(encoder, Image());
     QuickestCall quickest;
     for (auto _ : state) {
-        quickest.Time([&] { Decode(encoder, Image(), blocks, pixels); });
+        quickest.Time(
+            [&] { Decode(codec, width, height, blocks.data(), TXC_ORDER_RGB, pixels.data(), &size); });
     }
     Report(state, quickest, set, plainRate);
 }
@@ -84,15 +88,15 @@ void BenchDecode(benchmark::State& state, const EncoderCase& encoder, size_t set
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::array<std::array<double, 2>, kEncoderCases.size()> plainRates{};
-    for (size_t i = 0; i < kEncoderCases.size(); ++i) {
+    std::array<std::array<double, 2>, kCodecs.size()> plainRates{};
+    for (size_t i = 0; i < kCodecs.size(); ++i) {
         for (size_t set = 0; set < KernelSetCount(); ++set) {
             const auto add = [&](const char* verb, auto run, double& plainRate) {
                 const std::string name =
-                    std::string(verb) + ' ' + kEncoderCases[i].name + '/' + KernelSetAt(set).name;
+                    std::string(verb) + ' ' + kCodecs[i].name + '/' + KernelSetAt(set).name;
                 benchmark::RegisterBenchmark(name.c_str(), [i, set, run,
                                                             &plainRate](benchmark::State& state) {
-                    run(state, kEncoderCases[i], set, plainRate);
+                    run(state, kCodecs[i], set, plainRate);
                 })->Unit(benchmark::kMillisecond);
             };
             add("encode", BenchEncode, plainRates[i][0]);

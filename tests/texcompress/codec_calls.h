@@ -1,10 +1,9 @@
-// The codec interface on vectors, for tests and benchmarks: one row per encoder.
+// The codec interface with one call for all encoders and one for all decoders, for tests and benchmarks.
 #ifndef ZORVAN_TESTS_TEXCOMPRESS_CODEC_CALLS_H
 #define ZORVAN_TESTS_TEXCOMPRESS_CODEC_CALLS_H
 
 #include <array>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "test_images.h"
@@ -12,81 +11,87 @@
 
 namespace zorvan::texcompress {
 
-/// One way to encode an image.
-struct EncoderCase {
-    enum class Entry { kTxCompress, kAtiTc, kAtiTcFast };
-    const char* name;
+enum class Entry { kTxCompress, kAtiTc, kAtiTcFast };
+
+/// One way to encode an image and to decode it again.
+struct Codec {
     Entry entry;
     uint32_t format, flags;
-    const char* channels;  ///< those that the format keeps
-};
+    const char* name = "";
+    const char* channels = "";  ///< those that the format keeps
 
-inline constexpr std::array kEncoderCases = {
-    EncoderCase{"ATC", EncoderCase::Entry::kTxCompress, TXC_FORMAT_ATC, 0, "RGB"},
-    EncoderCase{"ATC fast", EncoderCase::Entry::kAtiTcFast, TXC_FORMAT_ATC, 1, "RGB"},
-    EncoderCase{"ATC explicit alpha", EncoderCase::Entry::kAtiTc, TXC_FORMAT_ATC, 2, "RGBA"},
-    EncoderCase{"ATC explicit alpha fast", EncoderCase::Entry::kAtiTcFast, TXC_FORMAT_ATC, 2, "RGBA"},
-    EncoderCase{"ATC interpolated alpha", EncoderCase::Entry::kTxCompress, TXC_FORMAT_ATC, 18, "RGBA"},
-    EncoderCase{"ATC legacy", EncoderCase::Entry::kAtiTc, TXC_FORMAT_ATC_LEGACY, 1, "RGB"},
-    EncoderCase{"ATC legacy fast", EncoderCase::Entry::kAtiTcFast, TXC_FORMAT_ATC_LEGACY, 1, "RGB"},
-    EncoderCase{"ETC1", EncoderCase::Entry::kTxCompress, TXC_FORMAT_ETC1, 0, "RGB"},
-    EncoderCase{"ETC1 explicit alpha", EncoderCase::Entry::kTxCompress, TXC_FORMAT_ETC1, 2, "RGBA"},
-    EncoderCase{"ATI1N", EncoderCase::Entry::kTxCompress, TXC_FORMAT_ATI1N, 0, "R"},
-    EncoderCase{"ATI2N", EncoderCase::Entry::kTxCompress, TXC_FORMAT_ATI2N, 0, "RG"},
-};
-
-/// Room for an image's blocks.
-inline std::vector<uint8_t> MakeBlocks(const EncoderCase& encoder, const TestImage& image) {
-    const uint32_t blockBytes = (encoder.flags & 2) != 0 || encoder.format == TXC_FORMAT_ATI2N ? 16 : 8;
-    return std::vector<uint8_t>(size_t{(image.width + 3) / 4} * ((image.height + 3) / 4) * blockBytes);
-}
-
-/// Room for decoded pixels: 3 bytes each, or 4 with alpha.
-inline std::vector<uint8_t> MakePixels(const EncoderCase& encoder, const TestImage& image) {
-    return std::vector<uint8_t>(size_t{image.width} * image.height * ((encoder.flags & 2) != 0 ? 4 : 3));
-}
-
-/// Encodes an image of R, G, B, A bytes into blocks of MakeBlocks. Returns the encoder's status.
-inline uint32_t Encode(const EncoderCase& encoder, const TestImage& image, std::vector<uint8_t>& blocks) {
-    using Entry = EncoderCase::Entry;
-    auto size = static_cast<uint32_t>(blocks.size());
-    if (encoder.entry == Entry::kTxCompress) {
-        return TxCompressEncode(image.pixels.data(), 0xFF, 0xFF00, 0xFF0000, 0xFF000000, image.width,
-                                image.height, 4 * image.width, encoder.flags, encoder.format, blocks.data(),
-                                &size);
+    bool HasAlpha() const { return (flags & TXC_FLAG_ALPHA) != 0; }
+    uint32_t PixelBytes() const { return HasAlpha() ? 4 : 3; }
+    uint32_t BlockBytes(uint32_t width, uint32_t height) const {
+        const bool one = format == TXC_FORMAT_ATI1N || (format != TXC_FORMAT_ATI2N && !HasAlpha());
+        return (width + 3) / 4 * ((height + 3) / 4) * (one ? 8 : 16);
     }
-    _ATITC_HEADER header;
-    const auto encode = encoder.entry == Entry::kAtiTcFast ? ATI_TC_EncodeImageFast_Seperate_Header
-                                                           : ATI_TC_EncodeImage_Seperate_Header;
-    return encode(image.pixels.data(), 0xFF, 0xFF00, 0xFF0000, 0xFF000000, image.width, image.height,
-                  4 * image.width, encoder.flags, encoder.format, &header, blocks.data(), &size);
+};
+
+inline constexpr std::array kCodecs = {
+    Codec{Entry::kTxCompress, TXC_FORMAT_ATC, 0, "ATC", "RGB"},
+    Codec{Entry::kAtiTcFast, TXC_FORMAT_ATC, 1, "ATC fast", "RGB"},
+    Codec{Entry::kAtiTc, TXC_FORMAT_ATC, 2, "ATC explicit alpha", "RGBA"},
+    Codec{Entry::kAtiTcFast, TXC_FORMAT_ATC, 2, "ATC explicit alpha fast", "RGBA"},
+    Codec{Entry::kTxCompress, TXC_FORMAT_ATC, 18, "ATC interpolated alpha", "RGBA"},
+    Codec{Entry::kAtiTc, TXC_FORMAT_ATC_LEGACY, 1, "ATC legacy", "RGB"},
+    Codec{Entry::kAtiTcFast, TXC_FORMAT_ATC_LEGACY, 1, "ATC legacy fast", "RGB"},
+    Codec{Entry::kTxCompress, TXC_FORMAT_ETC1, 0, "ETC1", "RGB"},
+    Codec{Entry::kTxCompress, TXC_FORMAT_ETC1, 2, "ETC1 explicit alpha", "RGBA"},
+    Codec{Entry::kTxCompress, TXC_FORMAT_ATI1N, 0, "ATI1N", "R"},
+    Codec{Entry::kTxCompress, TXC_FORMAT_ATI2N, 0, "ATI2N", "RG"},
+};
+
+/// What an encoder reads.
+struct Source {
+    const void* pixels;
+    uint32_t width, height, pitch;
+    std::array<uint32_t, 4> masks = {0xFF, 0xFF00, 0xFF0000, 0xFF000000};
+};
+
+inline Source SourceOf(const TestImage& image) {
+    return {image.pixels.data(), image.width, image.height, 4 * image.width};
 }
 
-/// Encodes an image of R, G, B, A bytes. Returns its blocks; status receives the encoder's status.
-inline std::vector<uint8_t> Encode(const EncoderCase& encoder, const TestImage& image, uint32_t& status) {
-    std::vector<uint8_t> blocks = MakeBlocks(encoder, image);
-    status = Encode(encoder, image, blocks);
+/// Calls a codec's encoder and returns its status. header is for those that write one.
+inline uint32_t Encode(const Codec& codec, const Source& source, void* blocks, uint32_t* size,
+                       _ATITC_HEADER* header) {
+    const auto& [pixels, width, height, pitch, masks] = source;
+    if (codec.entry == Entry::kTxCompress) {
+        return TxCompressEncode(pixels, masks[0], masks[1], masks[2], masks[3], width, height, pitch,
+                                codec.flags, codec.format, blocks, size);
+    }
+    const auto encode = codec.entry == Entry::kAtiTcFast ? ATI_TC_EncodeImageFast_Seperate_Header
+                                                         : ATI_TC_EncodeImage_Seperate_Header;
+    return encode(pixels, masks[0], masks[1], masks[2], masks[3], width, height, pitch, codec.flags,
+                  codec.format, header, blocks, size);
+}
+
+/// Calls a codec's decoder and returns its status.
+inline uint32_t Decode(const Codec& codec, uint32_t width, uint32_t height, const void* blocks,
+                       uint32_t order, void* pixels, uint32_t* size) {
+    if (codec.entry == Entry::kTxCompress) {
+        return TxCompressDecode(codec.format, width, height, codec.flags, blocks, 0, order, pixels, *size);
+    }
+    const _ATITC_HEADER header{codec.format, width, height, codec.flags, 20};
+    return ATI_TC_DecodeImage_Seperate_Header(&header, blocks, order, pixels, size);
+}
+
+/// The image's blocks.
+inline std::vector<uint8_t> Encode(const Codec& codec, const Source& source) {
+    std::vector<uint8_t> blocks(codec.BlockBytes(source.width, source.height));
+    auto size = static_cast<uint32_t>(blocks.size());
+    _ATITC_HEADER header;
+    Encode(codec, source, blocks.data(), &size, &header);
     return blocks;
 }
 
-/// Decodes blocks into packed pixels of MakePixels.
-inline void Decode(const EncoderCase& encoder, const TestImage& image, const std::vector<uint8_t>& blocks,
-                   std::vector<uint8_t>& pixels) {
+/// The packed pixels of an image's blocks.
+inline std::vector<uint8_t> Decode(const Codec& codec, uint32_t width, uint32_t height,
+                                   const std::vector<uint8_t>& blocks, uint32_t order = TXC_ORDER_RGB) {
+    std::vector<uint8_t> pixels(size_t{width} * height * codec.PixelBytes());
     auto size = static_cast<uint32_t>(pixels.size());
-    if (encoder.entry == EncoderCase::Entry::kTxCompress) {
-        TxCompressDecode(encoder.format, image.width, image.height, encoder.flags, blocks.data(), 0,
-                         TXC_ORDER_RGB, pixels.data(), size);
-    } else {
-        const _ATITC_HEADER header{encoder.format, image.width, image.height, encoder.flags, 20};
-        ATI_TC_DecodeImage_Seperate_Header(&header, blocks.data(), TXC_ORDER_RGB, pixels.data(), &size);
-    }
-}
-
-/// Decodes blocks to packed pixels.
-inline std::vector<uint8_t> Decode(const EncoderCase& encoder, const TestImage& image,
-                                   const std::vector<uint8_t>& blocks) {
-    std::vector<uint8_t> pixels = MakePixels(encoder, image);
-    Decode(encoder, image, blocks, pixels);
+    Decode(codec, width, height, blocks.data(), order, pixels.data(), &size);
     return pixels;
 }
 

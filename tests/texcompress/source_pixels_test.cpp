@@ -1,4 +1,6 @@
-// Source pixels of other layouts than four bytes R, G, B, A.
+// Source pixels: channel masks, alphas, edges and what of the memory is read.
+#include "texcompress/source_pixels.h"
+
 #include <gtest/gtest.h>
 
 #include "codec_calls.h"
@@ -6,114 +8,74 @@
 namespace zorvan::texcompress {
 namespace {
 
-struct PixelLayout {
-    const char* name;
-    uint32_t bytes;
-    uint32_t maskR, maskG, maskB, maskA;
-};
+/// Gathers the tile at the top left.
+Tile Gathered(const Source& source, AlphaDepth depth, PixelFetch fetch) {
+    const auto& masks = source.masks;
+    Tile tile;
+    SourcePixels(source.pixels, masks[0], masks[1], masks[2], masks[3], source.width, source.height,
+                 source.pitch, depth, fetch)
+        .Gather(0, 0, tile);
+    return tile;
+}
 
-constexpr std::array kLayouts = {
-    PixelLayout{"RGB565", 2, 0xF800, 0x07E0, 0x001F, 0},
-    PixelLayout{"RGBA4444", 2, 0xF000, 0x0F00, 0x00F0, 0x000F},
-    PixelLayout{"RGBA5551", 2, 0xF800, 0x07C0, 0x003E, 0x0001},
-    PixelLayout{"RG88", 2, 0x00FF, 0xFF00, 0, 0},
-    PixelLayout{"BGR888", 3, 0xFF0000, 0x00FF00, 0x0000FF, 0},
-    PixelLayout{"RGBA2648", 3, 0x000003, 0x0000FC, 0x000F00, 0xFF000},
-    PixelLayout{"BGRA8888", 4, 0x00FF0000, 0x0000FF00, 0x000000FF, 0xFF000000},
-    PixelLayout{"RGBA wide", 4, 0x000001FF, 0x0007FE00, 0x07F80000, 0x18000000},
-};
-
-constexpr uint32_t kWidth = 6;
-constexpr uint32_t kHeight = 5;
-
-/// A channel's 8-bit value, computed bit by bit: bit 7 - i is bit (top - i) of the channel, which is
-/// repeated once below itself.
-uint8_t Widened(uint32_t word, uint32_t mask) {
-    std::vector<bool> bits;
-    for (uint32_t bit = 32; bit-- > 0;) {
-        if ((mask >> bit & 1) != 0) {
-            bits.push_back((word >> bit & 1) != 0);
+TEST(SourcePixels, WidenChannels) {
+    struct Row {
+        const char* name;
+        std::array<uint32_t, 4> masks;  ///< red, green, blue, alpha
+        std::vector<uint8_t> bytes;     ///< of one pixel
+        uint32_t eight, four;           ///< alpha, blue, green, red with 8-bit and 4-bit alpha
+    };
+    for (const Row& row : {
+             Row{"RGBA8888", {0xFF, 0xFF00, 0xFF0000, 0xFF000000}, {1, 2, 3, 0xA4}, 0xA4030201, 0xA030201},
+             Row{"BGR888", {0xFF0000, 0xFF00, 0xFF, 0}, {1, 2, 3}, 0xFF010203, 0xF010203},
+             // Red 10010, green 011011, blue 00001.
+             Row{"RGB565", {0xF800, 0x07E0, 0x001F, 0}, {0x61, 0x93}, 0xFF086D94, 0xF086D94},
+             Row{"RGBA4444", {0xF000, 0xF00, 0xF0, 0xF}, {0x3A, 0x52}, 0xAA332255, 0xA332255},
+             Row{"RGBA5551", {0xF800, 0x07C0, 0x003E, 1}, {0x01, 0x80}, 0xFF000084, 0xF000084},
+             Row{"no alpha bit", {0xF800, 0x07C0, 0x003E, 1}, {0x00, 0x80}, 0x00000084, 0x00000084},
+             // One repetition of two bits fills four.
+             Row{"RGB222", {3, 12, 48, 0}, {0b100111}, 0xFFA050F0, 0xFA050F0},
+             Row{"9 bits, alpha 2", {0x1FF, 0xFE00, 0, 0x30000}, {0xFF, 0xFF, 3}, 0x0000FF00, 0x0000FF00},
+         }) {
+        const Source source{row.bytes.data(), 1, 1, 0, row.masks};
+        for (const uint32_t pixel : Gathered(source, AlphaDepth::kEightBits, PixelFetch::kAnySize).pixels) {
+            EXPECT_EQ(pixel, row.eight) << row.name;
         }
+        EXPECT_EQ(Gathered(source, AlphaDepth::kFourBits, PixelFetch::kAnySize).pixels[0], row.four)
+            << row.name;
+        EXPECT_EQ(Gathered(source, AlphaDepth::kNone, PixelFetch::kAnySize).pixels[0], row.eight & 0xFFFFFF);
     }
-    uint32_t value = 0;
-    for (uint32_t i = 0; i < 8 && bits.size() <= 8 && i < 2 * bits.size(); ++i) {
-        value |= static_cast<uint32_t>(bits[i % bits.size()]) << (7 - i);
-    }
-    return static_cast<uint8_t>(value);
 }
 
-/// Alpha as the encoders take it from masks of 0, 1, 4 and 8 bits; 0 for all others.
-uint8_t WidenedAlpha(uint32_t word, uint32_t mask) {
-    const uint32_t bits = static_cast<uint32_t>(std::popcount(mask));
-    const bool known = bits == 1 || bits == 4 || bits == 8;
-    return bits == 0 ? 255 : bits == 1 ? ((word & mask) != 0 ? 255 : 0) : known ? Widened(word, mask) : 0;
-}
-
-/// An allocation that ends with the last pixel, so that AddressSanitizer sees any read beyond it.
-std::vector<uint8_t> MakeSource(const PixelLayout& layout, uint32_t pitch, uint32_t seed) {
-    std::vector<uint8_t> source((kHeight - 1) * pitch + kWidth * layout.bytes);
-    Lcg random(seed);
-    for (uint8_t& byte : source) {
-        byte = static_cast<uint8_t>(random.Next(256));
-    }
-    return source;
-}
-
-TestImage WidenedImage(const PixelLayout& layout, const std::vector<uint8_t>& source, uint32_t pitch) {
-    TestImage image{layout.name, kWidth, kHeight, {}};
-    for (uint32_t y = 0; y < kHeight; ++y) {
-        for (uint32_t x = 0; x < kWidth; ++x) {
-            uint32_t word = 0;
-            for (uint32_t i = layout.bytes; i-- > 0;) {
-                word = word << 8 | source[y * pitch + x * layout.bytes + i];
-            }
-            for (const uint32_t mask : {layout.maskR, layout.maskG, layout.maskB}) {
-                image.pixels.push_back(Widened(word, mask));
-            }
-            image.pixels.push_back(WidenedAlpha(word, layout.maskA));
-        }
-    }
-    return image;
-}
-
-TEST(SourcePixels, OtherLayoutsEncodeAsTheirWidenedPixels) {
-    for (const PixelLayout& layout : kLayouts) {
-        const uint32_t pitch = kWidth * layout.bytes + 7;
-        const std::vector<uint8_t> source = MakeSource(layout, pitch, layout.maskR);
-        const TestImage widened = WidenedImage(layout, source, pitch);
-        for (const EncoderCase& encoder : kEncoderCases) {
-            uint32_t status;
-            const std::vector<uint8_t> expected = Encode(encoder, widened, status);
-            std::vector<uint8_t> blocks(expected.size());
-            auto size = static_cast<uint32_t>(blocks.size());
-            _ATITC_HEADER header;
-            if (encoder.entry == EncoderCase::Entry::kTxCompress) {
-                TxCompressEncode(source.data(), layout.maskR, layout.maskG, layout.maskB, layout.maskA,
-                                 kWidth, kHeight, pitch, encoder.flags, encoder.format, blocks.data(), &size);
-            } else {
-                const auto encode = encoder.entry == EncoderCase::Entry::kAtiTc
-                                        ? ATI_TC_EncodeImage_Seperate_Header
-                                        : ATI_TC_EncodeImageFast_Seperate_Header;
-                encode(source.data(), layout.maskR, layout.maskG, layout.maskB, layout.maskA, kWidth, kHeight,
-                       pitch, encoder.flags, encoder.format, &header, blocks.data(), &size);
-            }
-            EXPECT_EQ(blocks, expected) << layout.name << ' ' << encoder.name;
-        }
-    }
+TEST(SourcePixels, RepeatTheLastColumnAndRow) {
+    // Three pixels of two bytes, two rows, a gap of one byte between them.
+    const std::array<uint8_t, 13> bytes = {1, 0, 2, 0, 3, 0, 99, 4, 0, 5, 0, 6, 0};
+    const Tile tile =
+        Gathered({bytes.data(), 3, 2, 7, {0xFF, 0xFF00, 0, 0}}, AlphaDepth::kNone, PixelFetch::kAnySize);
+    const Tile expected{{1, 2, 3, 3, 4, 5, 6, 6, 4, 5, 6, 6, 4, 5, 6, 6}};
+    EXPECT_EQ(tile, expected);
 }
 
 TEST(SourcePixels, FastEncoderReadsOneByteAndWidePixelsAsZero) {
-    const TestImage black{"black", 4, 4, std::vector<uint8_t>(64)};
-    uint32_t status;
-    const std::vector<uint8_t> expected = Encode(kEncoderCases[1], black, status);
-    const std::vector<uint8_t> white(16 * 6, 0xFF);
-    for (const uint32_t shared : {0u, 0xFFFFFFFFu}) {
-        std::vector<uint8_t> blocks(8);
-        uint32_t size = 8;
-        _ATITC_HEADER header;
-        ATI_TC_EncodeImageFast_Seperate_Header(white.data(), 0xFF, shared, 0, 0, 4, 4, 4, 1, TXC_FORMAT_ATC,
-                                               &header, blocks.data(), &size);
-        EXPECT_EQ(blocks, expected);
+    const std::vector<uint8_t> white(16, 0xFF);
+    for (const auto& [shared, red] :
+         {std::pair{0u, 0u}, {0xFF00u, 255u}, {0xFFFF00u, 255u}, {0xFFFFFF00u, 255u}, {0xFFFFFFFFu, 0u}}) {
+        const Source source{white.data(), 1, 1, 0, {0xFF, shared, 0, 0}};
+        EXPECT_EQ(Gathered(source, AlphaDepth::kNone, PixelFetch::kTwoToFourBytes).pixels[0] & 255, red);
+    }
+}
+
+TEST(SourcePixels, EveryEncoderTakesItsMasksInOrder) {
+    TestImage image = CorpusImage(9, 5);
+    Source reversed{nullptr, 9, 5, 36, {0xFF000000, 0xFF0000, 0xFF00, 0xFF}};
+    for (const Codec& codec : kCodecs) {
+        const std::vector<uint8_t> expected = Encode(codec, SourceOf(image));
+        std::vector<uint8_t> bytes(image.pixels.size());
+        for (size_t i = 0; i < bytes.size(); ++i) {
+            bytes[i] = image.pixels[i / 4 * 4 + 3 - i % 4];
+        }
+        reversed.pixels = bytes.data();
+        EXPECT_EQ(Encode(codec, reversed), expected) << codec.name;
     }
 }
 

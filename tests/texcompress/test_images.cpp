@@ -57,37 +57,27 @@ TestImage MakeImage(const char* name, uint32_t width, uint32_t height, Shade sha
 
 using Pixel = std::array<int, 4>;
 
-/// One kind of tile of the corpus.
-Pixel CorpusPixel(uint32_t kind, uint32_t k, const std::array<Pixel, 4>& colors, Lcg& random) {
-    Pixel pixel{};
-    for (size_t c = 0; c < 4; ++c) {
-        const int base = colors[0][c];
-        switch (kind) {
-            case 0:
-                pixel[c] = static_cast<int>(random.Next(256));
-                break;
-            case 1:
-                pixel[c] = base + (colors[1][c] - 128) / 8 * static_cast<int>(k % 4) +
-                           (colors[2][c] - 128) / 8 * static_cast<int>(k / 4);
-                break;
-            case 2:
-                pixel[c] = base + static_cast<int>(random.Next(31)) - 15;
-                break;
-            case 3:
-                pixel[c] = colors[k % 4 < 2 ? 0 : 1][c] + static_cast<int>(random.Next(9)) - 4;
-                break;
-            case 4:
-                pixel[c] = base;
-                break;
-            case 5:
-                pixel[c] = k % 3 == 0 ? base / 8 : (c == k % 2 || c == 3 ? 255 - base / 4 : base / 4);
-                break;
-            default:
-                pixel[c] = base % 3 == 0 ? base : (k + c) % 2 * 255;
-                break;
-        }
+/// A channel of pixel k in one kind of tile of the corpus.
+int CorpusChannel(uint32_t kind, int k, size_t c, const std::array<Pixel, 4>& colors, Lcg& random) {
+    const int base = colors[0][c];
+    const auto noise = [&random](uint32_t range) { return static_cast<int>(random.Next(range)); };
+    switch (kind) {
+        case 0:
+            return noise(256);
+        case 1:
+            return base + (colors[1][c] - 128) / 8 * (k % 4) + (colors[2][c] - 128) / 8 * (k / 4);
+        case 2:
+            return base + noise(31) - 15;
+        case 3:
+            return colors[k % 4 < 2 ? 0 : 1][c] + noise(9) - 4;
+        case 4:
+            return base;
+        case 5:
+            return k % 3 == 0 ? base / 8
+                              : (static_cast<int>(c) == k % 2 || c == 3 ? 255 - base / 4 : base / 4);
+        default:
+            return base % 3 == 0 ? base : (k + static_cast<int>(c)) % 2 * 255;
     }
-    return kind == 6 ? colors[random.Next(4)] : pixel;
 }
 
 }  // namespace
@@ -183,7 +173,11 @@ TestImage CorpusImage(uint32_t width, uint32_t height) {
                 }
             }
             for (uint32_t k = 0; k < 16; ++k) {
-                const Pixel pixel = CorpusPixel(kind, k, colors, random);
+                Pixel pixel{};
+                for (size_t c = 0; c < 4; ++c) {
+                    pixel[c] = CorpusChannel(kind, static_cast<int>(k), c, colors, random);
+                }
+                pixel = kind == 6 ? colors[random.Next(4)] : pixel;
                 if (x + k % 4 < width && y + k / 4 < height) {
                     std::transform(pixel.begin(), pixel.end(),
                                    &image.pixels[4 * ((y + k / 4) * width + x + k % 4)], Clamp8);
