@@ -1,5 +1,6 @@
 // Random pixels of random layouts for every block encoder, each followed by its decoder. Buffers are as
 // large as the interface says and no larger.
+#include <algorithm>
 #include <bit>
 
 #include "fuzz_input.h"
@@ -27,16 +28,20 @@ Source MakeSource(FuzzInput& input) {
     Source source;
     source.masks = input.Pick(kLayouts);
     uint32_t bits = 0;
+    uint32_t allMasks = 0;
     const bool randomMasks = input.Byte() % 4 == 0;
     for (uint32_t& mask : source.masks) {
         mask = randomMasks ? input.Word() : mask;
         bits += static_cast<uint32_t>(std::popcount(mask));
+        allMasks |= mask;
     }
     const uint32_t bytesPerPixel = (bits + 7) / 8;
+    const auto bytesReached = static_cast<uint32_t>(std::bit_width(allMasks) + 7) / 8;
     source.width = input.Range(1, 20);
     source.height = input.Range(1, 20);
     source.pitch = source.width * bytesPerPixel + input.Range(0, 5);
-    source.pixels = input.Fill((source.height - 1) * source.pitch + source.width * bytesPerPixel);
+    source.pixels = input.Fill((source.height - 1) * source.pitch + (source.width - 1) * bytesPerPixel +
+                               std::max(bytesPerPixel, bytesReached));
     return source;
 }
 

@@ -24,12 +24,11 @@ SourcePixels::SourcePixels(const void* pixels, uint32_t maskR, uint32_t maskG, u
       b_(maskB),
       a_(maskA),
       bytesPerPixel_((r_.Bits() + g_.Bits() + b_.Bits() + a_.Bits() + 7) / 8),
-      bytesRead_(std::min(bytesPerPixel_, 4u)),
+      bytesRead_(static_cast<uint32_t>(std::bit_width(maskR | maskG | maskB | maskA) + 7) / 8),
       alphaDepth_(alphaDepth),
       plainBytes_(maskR == 0xFFu && maskG == 0xFF00u && maskB == 0xFF0000u && maskA == 0xFF000000u) {
-    const bool fetched = fetch == PixelFetch::kAnySize || (bytesPerPixel_ >= 2 && bytesPerPixel_ <= 4);
-    if (!fetched) {
-        bytesRead_ = 0;
+    if (fetch == PixelFetch::kTwoToFourBytes) {
+        bytesRead_ = bytesPerPixel_ >= 2 && bytesPerPixel_ <= 4 ? bytesPerPixel_ : 0;
     }
 }
 

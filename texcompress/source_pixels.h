@@ -46,11 +46,11 @@ enum class AlphaDepth {
 
 /// How many bytes of a pixel become its word.
 enum class PixelFetch {
-    kAnySize,         ///< all bytes of the pixel
-    kTwoToFourBytes,  ///< all, but none of a pixel of another size: its word is 0
+    kAnySize,         ///< all bytes that the masks reach, be they the next pixel's
+    kTwoToFourBytes,  ///< those of the pixel, but none of a pixel of another size: its word is 0
 };
 
-/// An image in the caller's memory. Only bytes of its pixels are ever read.
+/// An image in the caller's memory. Only bytes of its pixels are ever read, and what masks reach beyond them.
 class SourcePixels {
   public:
     /// width and height are pixels, pitch is the distance of rows in bytes.

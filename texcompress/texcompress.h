@@ -65,10 +65,11 @@ typedef struct _ATITC_HEADER { /* NOLINT(bugprone-reserved-identifier) */
 } _ATITC_HEADER;               /* NOLINT(bugprone-reserved-identifier) */
 
 /* Source pixels of the encoders: src points at the top left pixel, rows are pitch bytes apart. The four
- * masks describe a little-endian pixel word of (set bits of all masks + 7) / 8 bytes, of which exactly
- * those bytes are read. A channel of up to 8 bits is widened to 8 by one repetition of its bits; a
- * wider one gives 0. Alpha is read only with TXC_FLAG_ALPHA, from a mask of 0 bits (opaque), 1, 4 or
- * 8 bits; any other width gives 0. */
+ * masks describe a little-endian 32-bit word; pixels are (set bits of all masks + 7) / 8 bytes apart. Of
+ * the word, only the bytes that the masks reach are read: masks with gaps may reach into the next pixel,
+ * for the last one beyond the image. A channel of up to 8 bits is widened to 8 by one repetition of its
+ * bits; a wider one gives 0. Alpha is read only with TXC_FLAG_ALPHA, from a mask of 0 bits (opaque), 1, 4
+ * or 8 bits; any other width gives 0. */
 
 /* Encodes one image as TXC_FORMAT_ATC, _ETC1, _ATI1N (the red channel) or _ATI2N (red and green).
  * *dstSize holds the capacity of dst on entry and the bytes written on success, which are those that
@@ -115,9 +116,9 @@ TXC_API uint32_t ATI_TC_EncodeImage_Seperate_Header(const void* src, uint32_t ma
                                                     uint32_t* dstSize);
 
 /* As ATI_TC_EncodeImage_Seperate_Header, with one split of each block in place of the full search.
- * Pixels must have 2, 3 or 4 bytes; all others read as 0. Returns TXC_ERR_LOW_QUALITY, after complete
- * output, when the mean squared error of the blocks (sums over 16 pixels and 3 channels, mean rounded
- * down) is above 249 or the largest above 3699. */
+ * Pixels must have 2, 3 or 4 bytes, all others read as 0; bits beyond a pixel's bytes are 0. Returns
+ * TXC_ERR_LOW_QUALITY, after complete output, when the mean squared error of the blocks (sums over 16 pixels
+ * and 3 channels, mean rounded down) is above 249 or the largest above 3699. */
 TXC_API uint32_t ATI_TC_EncodeImageFast_Seperate_Header(const void* src, uint32_t maskR, uint32_t maskG,
                                                         uint32_t maskB, uint32_t maskA, uint32_t width,
                                                         uint32_t height, uint32_t pitch, uint32_t flags,

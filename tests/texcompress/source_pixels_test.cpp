@@ -56,6 +56,16 @@ TEST(SourcePixels, RepeatTheLastColumnAndRow) {
     EXPECT_EQ(tile, expected);
 }
 
+TEST(SourcePixels, MasksMayReachIntoTheNextPixel) {
+    // Three channels of 8 bits, the last one in the fourth byte: pixels lie three bytes apart.
+    const std::array<uint8_t, 7> bytes = {1, 2, 3, 4, 5, 6, 7};
+    const Source source{bytes.data(), 2, 1, 6, {0xFF, 0xFF00, 0xFF000000, 0}};
+    const Tile any = Gathered(source, AlphaDepth::kNone, PixelFetch::kAnySize);
+    EXPECT_EQ(any.pixels[0], 0x040201u);
+    EXPECT_EQ(any.pixels[1], 0x070504u);
+    EXPECT_EQ(Gathered(source, AlphaDepth::kNone, PixelFetch::kTwoToFourBytes).pixels[0], 0x000201u);
+}
+
 TEST(SourcePixels, FastEncoderReadsOneByteAndWidePixelsAsZero) {
     const std::vector<uint8_t> white(16, 0xFF);
     for (const auto& [shared, red] :
