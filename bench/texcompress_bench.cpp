@@ -71,7 +71,8 @@ void BenchEncode(benchmark::State& state, const Codec& codec, size_t set, double
 }
 
 void BenchDecode(benchmark::State& state, const Codec& codec, size_t set, double& plainRate) {
-    const auto& [name, width, height, source] = Image();
+    const uint32_t width = Image().width;
+    const uint32_t height = Image().height;
     UseBlockKernels(*KernelSetAt(KernelSetCount() - 1).kernels);
     const std::vector<uint8_t> blocks = Encode(codec, SourceOf(Image()));
     std::vector<uint8_t> pixels = Decode(codec, width, height, blocks);

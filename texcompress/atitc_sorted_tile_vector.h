@@ -119,6 +119,8 @@ inline void FindRuns(SortedTile& tile) {
 // Brightness is 100 x largest channel / 255.
 constexpr int kNearBlackChannel = 38;  // the largest channel of a brightness below 15
 constexpr int kBrightChannel = 143;    // the smallest largest channel of a brightness from 56 on
+static_assert(100 * kNearBlackChannel / 255 < 15 && 100 * (kNearBlackChannel + 1) / 255 >= 15);
+static_assert(100 * kBrightChannel / 255 >= 56 && 100 * (kBrightChannel - 1) / 255 < 56);
 
 inline void QuantizeEnds(SortedTile& tile) {
     alignas(32) float highCounts[16];

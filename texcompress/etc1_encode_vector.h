@@ -12,18 +12,41 @@
 namespace zorvan::texcompress {
 namespace {
 
+/// The base colours of a group of tiles by one way to choose them.
+struct Etc1GroupBases {
+    Etc1Bases bases;
+    Etc1BaseTerms terms;
+
+    template <typename Codes>
+    void Choose(const Etc1HalfColors& colors) {
+        ChooseBases<Codes>(colors, bases);
+        MeasureBases(colors, bases, terms);
+    }
+};
+
+/// The base colours of one of the tiles.
+struct Etc1TileBases {
+    Etc1Base halves[4];
+    uint32_t bits[2];
+
+    Etc1TileBases(const Etc1GroupBases& group, size_t lane)
+        : halves{BaseOfLane(group.bases, group.terms, 0, lane), BaseOfLane(group.bases, group.terms, 1, lane),
+                 BaseOfLane(group.bases, group.terms, 2, lane),
+                 BaseOfLane(group.bases, group.terms, 3, lane)},
+          bits{group.bases.bits[0][lane], group.bases.bits[1][lane]} {}
+};
+
 /// Halves that have the same base colour in another candidate are not searched again.
-inline Etc1Candidate CodeOrientation(const Etc1Pixels& pixels, const Etc1Bases& bases, size_t lane,
-                                     bool flipped, const Etc1Candidate* other) {
+inline Etc1Candidate CodeOrientation(const Etc1Pixels& pixels, const Etc1TileBases& bases, bool flipped,
+                                     const Etc1Candidate* other) {
     Etc1Candidate candidate;
     candidate.flipped = flipped;
-    candidate.bits = bases.bits[flipped ? 1 : 0][lane];
-    const int first = flipped ? 2 : 0;
+    candidate.bits = bases.bits[flipped ? 1 : 0];
     for (int i = 0; i < 2; ++i) {
-        const auto& values = bases.values[first + i];
-        const int32_t base[3] = {values[0][lane], values[1][lane], values[2][lane]};
-        const bool known = other != nullptr && other->halves[i].HasBase(base);
-        candidate.halves[i] = known ? other->halves[i] : CodeHalf(pixels, first + i, base);
+        const int half = flipped ? 2 + i : i;
+        const Etc1Base& base = bases.halves[half];
+        const bool known = other != nullptr && other->halves[i].base->HasValuesOf(base);
+        candidate.halves[i] = known ? other->halves[i] : CodeHalf(pixels, half, base);
     }
     return candidate;
 }
@@ -42,6 +65,9 @@ struct Etc1Choice {
             hasColumns = true;
         }
     }
+    double TileError(const Etc1Pixels& pixels) const {
+        return ErrorsOf(pixels, *candidate, columns.word2).OfTile();
+    }
 };
 
 /// The flipped candidate only where it is strictly better.
@@ -54,39 +80,30 @@ inline void ChooseOrientation(const Etc1Pixels& pixels, const Etc1Candidate& unf
         return;
     }
     const Etc1Columns ofUnflipped = AssignColumns(pixels, unflipped);
-    const Etc1Columns ofFlipped = AssignColumns(pixels, flipped);
-    const bool flip =
-        ofFlipped.HalfError(2) + ofFlipped.HalfError(3) < ofUnflipped.HalfError(0) + ofUnflipped.HalfError(1);
+    const Etc1PixelErrors unflippedErrors = ErrorsOf(pixels, unflipped, ofUnflipped.word2);
+    Etc1Columns ofFlipped = ofUnflipped;
+    Etc1PixelErrors flippedErrors = unflippedErrors;
+    if (!unflipped.HasOnePalette() || !flipped.HasOnePalette() ||
+        !unflipped.halves[0].HasPaletteOf(flipped.halves[0])) {
+        ofFlipped = AssignColumns(pixels, flipped);
+        flippedErrors = ErrorsOf(pixels, flipped, ofFlipped.word2);
+    }
+    const bool flip = flippedErrors.OfHalf(2) + flippedErrors.OfHalf(3) <
+                      unflippedErrors.OfHalf(0) + unflippedErrors.OfHalf(1);
     choice.candidate = flip ? &flipped : &unflipped;
     choice.columns = flip ? ofFlipped : ofUnflipped;
     choice.hasColumns = true;
     choice.undecided = ofUnflipped.tied || ofFlipped.tied;
 }
 
-inline Etc1Pixels PixelsOf(const Tile& tile) {
-    Etc1Pixels pixels;
-    I32 differences{};
-    for (int k = 0; k < 16; k += kLanes) {
-        const auto words = LoadVector<I32>(tile.pixels + k);
-        differences |= words ^ static_cast<int32_t>(tile.pixels[0]);
-        for (int c = 0; c < 3; ++c) {
-            StoreVector(pixels.channels[c] + k, I32(words >> (8 * c) & 255));
-        }
-    }
-    pixels.tile = &tile;
-    pixels.flat = !AnyLane(differences & 0xFFFFFF);
-    return pixels;
-}
-
 /// Both orientations with one way to choose base colours. Searches of `other` are used again.
 struct Etc1Orientations {
     Etc1Candidate unflipped, flipped;
 
-    Etc1Orientations(const Etc1Pixels& pixels, const Etc1Bases& bases, size_t lane,
-                     const Etc1Orientations* other)
-        : unflipped(CodeOrientation(pixels, bases, lane, false, other ? &other->unflipped : nullptr)),
+    Etc1Orientations(const Etc1Pixels& pixels, const Etc1TileBases& bases, const Etc1Orientations* other)
+        : unflipped(CodeOrientation(pixels, bases, false, other ? &other->unflipped : nullptr)),
           // The halves of a flat tile are all the same.
-          flipped(CodeOrientation(pixels, bases, lane, true,
+          flipped(CodeOrientation(pixels, bases, true,
                                   pixels.flat ? &unflipped : (other ? &other->flipped : nullptr))) {}
 
     bool SameAs(const Etc1Orientations& other) const {
@@ -103,15 +120,17 @@ inline bool IsCombinedBetter(const Etc1Pixels& pixels, Etc1Choice& average, Etc1
     }
     average.NeedColumns(pixels);
     combined.NeedColumns(pixels);
-    return combined.columns.TileError() < average.columns.TileError();
+    return combined.TileError(pixels) < average.TileError(pixels);
 }
 
 /// Encodes one tile, whose base colours stand in a lane; false where only the plain encoder can decide.
-inline bool EncodeEtc1Tile(const Tile& tile, const Etc1Bases& averageBases, const Etc1Bases& combinedBases,
-                           size_t lane, uint8_t* block) {
+inline bool EncodeEtc1Tile(const Tile& tile, const Etc1GroupBases& averageGroup,
+                           const Etc1GroupBases& combinedGroup, size_t lane, uint8_t* block) {
     const Etc1Pixels pixels = PixelsOf(tile);
-    const Etc1Orientations averages(pixels, averageBases, lane, nullptr);
-    const Etc1Orientations combinations(pixels, combinedBases, lane, &averages);
+    const Etc1TileBases averageBases(averageGroup, lane);
+    const Etc1TileBases combinedBases(combinedGroup, lane);
+    const Etc1Orientations averages(pixels, averageBases, nullptr);
+    const Etc1Orientations combinations(pixels, combinedBases, &averages);
     Etc1Choice average;
     ChooseOrientation(pixels, averages.unflipped, averages.flipped, average);
     Etc1Choice combined;
@@ -129,17 +148,17 @@ inline bool EncodeEtc1Tile(const Tile& tile, const Etc1Bases& averageBases, cons
 
 inline void EncodeEtc1OnVectors(const Tile* tiles, size_t count, uint8_t* blocks, size_t stride) {
     I32 words[16];
-    Etc1Bases averageBases;
-    Etc1Bases combinedBases;
+    Etc1GroupBases averageGroup;
+    Etc1GroupBases combinedGroup;
     for (size_t i = 0; i < count; ++i) {
         const size_t lane = i % kLanes;
         if (lane == 0) {
             LoadTileGroup(tiles + i, count - i, words);
-            const Etc1Averages averages = AverageHalves(words);
-            ChooseBases<NearestCodes>(averages, averageBases);
-            ChooseBases<CombinedCodes>(averages, combinedBases);
+            const Etc1HalfColors colors = MeasureHalves(words);
+            averageGroup.Choose<NearestCodes>(colors);
+            combinedGroup.Choose<CombinedCodes>(colors);
         }
-        if (!EncodeEtc1Tile(tiles[i], averageBases, combinedBases, lane, blocks + i * stride)) {
+        if (!EncodeEtc1Tile(tiles[i], averageGroup, combinedGroup, lane, blocks + i * stride)) {
             kScalarKernels.encodeEtc1(tiles + i, 1, blocks + i * stride, stride);
         }
     }

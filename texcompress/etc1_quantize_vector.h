@@ -9,12 +9,16 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// Average red, green and blue of the left, right, top and bottom halves.
-struct Etc1Averages {
-    F32 halves[4][3];
+constexpr int32_t kEtc1Weights[3] = {299, 587, 114};
+
+/// What base colours depend on: average, lowest and highest red, green and blue of the left, right, top and
+/// bottom halves.
+struct Etc1HalfColors {
+    F32 averages[4][3];
+    I32 lowest[4][3], highest[4][3];
 };
 
-/// Base colours of the halves, as in Etc1Averages, and the bits of the first word for either orientation,
+/// Base colours of the halves, in the same order, and the bits of the first word for either orientation,
 /// without tables.
 struct Etc1Bases {
     alignas(32) int32_t values[4][3][kLanes];
@@ -32,24 +36,36 @@ struct Etc1CodeSize {
 constexpr Etc1CodeSize kEtc1FiveBits{31.0f, 8.225806f, 8.25f};
 constexpr Etc1CodeSize kEtc1FourBits{15.0f, 17.0f, 17.0f};
 
-inline Etc1Averages AverageHalves(const I32 (&words)[16]) {
-    I32 redBlue[4] = {};
-    I32 green[4] = {};
+/// Red and blue share a word, 16 bits each.
+inline Etc1HalfColors MeasureHalves(const I32 (&words)[16]) {
+    I32 sums[4][2] = {};
+    I16 lowest[4][2];
+    I16 highest[4][2] = {};
+    for (auto& quarter : lowest) {
+        quarter[0] = quarter[1] = I16{} + static_cast<int16_t>(255);
+    }
     for (int k = 0; k < 16; ++k) {
         const int quarter = k / 8 * 2 + k % 4 / 2;
-        redBlue[quarter] += words[k] & 0xFF00FF;
-        green[quarter] += words[k] >> 8 & 255;
+        const I32 parts[2] = {words[k] & 0xFF00FF, words[k] >> 8 & 255};
+        for (int i = 0; i < 2; ++i) {
+            sums[quarter][i] += parts[i];
+            lowest[quarter][i] = Min(lowest[quarter][i], I16(parts[i]));
+            highest[quarter][i] = Max(highest[quarter][i], I16(parts[i]));
+        }
     }
     constexpr int kQuarters[4][2] = {{0, 2}, {1, 3}, {0, 1}, {2, 3}};
-    Etc1Averages averages;
+    Etc1HalfColors colors;
     for (int half = 0; half < 4; ++half) {
         const auto& [first, second] = kQuarters[half];
-        const I32 sum = redBlue[first] + redBlue[second];
-        averages.halves[half][0] = ToFloat(sum & 0xFFFF) / 8.0f;
-        averages.halves[half][1] = ToFloat(green[first] + green[second]) / 8.0f;
-        averages.halves[half][2] = ToFloat(sum >> 16) / 8.0f;
+        for (int c = 0; c < 3; ++c) {
+            const int i = c % 2;
+            const auto part = [c](const I32& value) { return c == 2 ? value >> 16 : value & 0xFFFF; };
+            colors.averages[half][c] = ToFloat(part(sums[first][i] + sums[second][i])) / 8.0f;
+            colors.lowest[half][c] = part(I32(Min(lowest[first][i], lowest[second][i])));
+            colors.highest[half][c] = part(I32(Max(highest[first][i], highest[second][i])));
+        }
     }
-    return averages;
+    return colors;
 }
 
 /// The nearest codes; see Quantize555Nearest and Quantize444Nearest.
@@ -98,9 +114,9 @@ struct CombinedCodes {
 
 /// Base colours and bits of one orientation, in differential mode where the codes allow it.
 template <typename Codes>
-inline void ChooseBases(const Etc1Averages& averages, int orientation, Etc1Bases& bases) {
-    const F32(&first)[3] = averages.halves[2 * orientation];
-    const F32(&second)[3] = averages.halves[2 * orientation + 1];
+inline void ChooseBases(const Etc1HalfColors& colors, int orientation, Etc1Bases& bases) {
+    const F32(&first)[3] = colors.averages[2 * orientation];
+    const F32(&second)[3] = colors.averages[2 * orientation + 1];
     I32 fives[2][3];
     Codes::Quantize(first, kEtc1FiveBits, fives[0]);
     Codes::Quantize(second, kEtc1FiveBits, fives[1]);
@@ -128,9 +144,9 @@ inline void ChooseBases(const Etc1Averages& averages, int orientation, Etc1Bases
 }
 
 template <typename Codes>
-[[gnu::noinline]] inline void ChooseBases(const Etc1Averages& averages, Etc1Bases& bases) {
-    ChooseBases<Codes>(averages, 0, bases);
-    ChooseBases<Codes>(averages, 1, bases);
+[[gnu::noinline]] inline void ChooseBases(const Etc1HalfColors& colors, Etc1Bases& bases) {
+    ChooseBases<Codes>(colors, 0, bases);
+    ChooseBases<Codes>(colors, 1, bases);
 }
 
 }  // namespace

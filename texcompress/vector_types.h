@@ -6,8 +6,10 @@
 #include <cstdint>
 #include <cstring>
 
-#ifdef __AVX2__
+#if defined(__AVX2__)
 #include <immintrin.h>
+#elif defined(__SSE2__)
+#include <emmintrin.h>
 #endif
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "whole vectors of pixels are stored as bytes");
@@ -28,6 +30,8 @@ using I32 = int32_t __attribute__((vector_size(kVectorBytes)));
 using U32 = uint32_t __attribute__((vector_size(kVectorBytes)));
 using F32 = float __attribute__((vector_size(kVectorBytes)));
 using I16 = int16_t __attribute__((vector_size(kVectorBytes)));
+using F64 = double __attribute__((vector_size(kVectorBytes)));
+using HalfI32 = int32_t __attribute__((vector_size(kVectorBytes / 2)));  ///< as many lanes as F64
 
 template <typename Vector, typename Element>
 [[gnu::always_inline]] inline Vector LoadVector(const Element* elements) {
@@ -74,6 +78,45 @@ template <typename Vector>
     return a > b ? a : b;
 }
 
+[[gnu::always_inline]] inline I32 Absolute(const I32& vector) {
+    const I32 negative = vector >> 31;
+    return (vector ^ negative) - negative;
+}
+
+/// Products of whole numbers 0..2^21 - 1, prepared by SplitFactor, and 0..255, prepared by ByteFactor. SSE2
+/// has no product of 32-bit lanes, but sums of products of 16-bit ones: of n % 128 and n / 128 here.
+#ifdef __SSE2__
+[[gnu::always_inline]] inline I32 SplitFactor(const I32& factors) {
+    return (factors & 127) | factors >> 7 << 16;
+}
+template <typename T>
+[[gnu::always_inline]] inline T ByteFactor(const T& factor) {
+    return factor | factor << 23;
+}
+[[gnu::always_inline]] inline I32 Product(const I32& splitFactors, const I32& byteFactors) {
+    I32 products;
+#ifdef __AVX2__
+    StoreVector(&products,
+                _mm256_madd_epi16(LoadVector<__m256i>(&splitFactors), LoadVector<__m256i>(&byteFactors)));
+#else
+    StoreVector(&products,
+                _mm_madd_epi16(LoadVector<__m128i>(&splitFactors), LoadVector<__m128i>(&byteFactors)));
+#endif
+    return products;
+}
+#else
+[[gnu::always_inline]] inline I32 SplitFactor(const I32& factors) {
+    return factors;
+}
+template <typename T>
+[[gnu::always_inline]] inline T ByteFactor(const T& factor) {
+    return factor;
+}
+[[gnu::always_inline]] inline I32 Product(const I32& splitFactors, const I32& byteFactors) {
+    return splitFactors * byteFactors;
+}
+#endif
+
 /// Pairs of 16-bit lanes become 32-bit lanes, those of low in the lower halves.
 [[gnu::always_inline]] inline void Interleave(const I16& low, const I16& high, uint32_t* pairs) {
 #ifdef __AVX2__
@@ -117,14 +160,19 @@ using Quad = int32_t __attribute__((vector_size(16)));
     rows[3] = __builtin_shufflevector(high01, high23, 2, 3, 6, 7);
 }
 
-[[gnu::always_inline]] inline bool AnyLane(const I32& mask) {
+/// The bits that any lane has.
+[[gnu::always_inline]] inline uint32_t JoinLanes(const I32& vector) {
     uint64_t parts[kVectorBytes / 8];
-    std::memcpy(parts, &mask, sizeof(parts));
-    uint64_t any = 0;
+    std::memcpy(parts, &vector, sizeof(parts));
+    uint64_t joined = 0;
     for (const uint64_t part : parts) {
-        any |= part;
+        joined |= part;
     }
-    return any != 0;
+    return static_cast<uint32_t>(joined | joined >> 32);
+}
+
+[[gnu::always_inline]] inline bool AnyLane(const I32& mask) {
+    return JoinLanes(mask) != 0;
 }
 
 }  // namespace

@@ -81,11 +81,11 @@ TEST(AtcColor, BuildsPalettes) {
                  Palette{kWhite, kWhite, kWhite, kWhite}},
              Row{"legacy black", TXC_FORMAT_ATC_LEGACY, 0xFFFF, 0xF800,
                  Palette{kBlack, {192, 0, 0}, kRed, kWhite}},
-             // Colour 0's luminance with low bits clear is 8, colour 1's with low bits set 7 and 10.
+             // Colour 0's luminance with low bits clear is 8 and 37, colour 1's with low bits set 7 and 37.
              Row{"legacy, brighter by a step", TXC_FORMAT_ATC_LEGACY, 0x0841, 0x0020,
                  Palette{kBlack, {0, 2, 0}, {0, 4, 0}, {8, 8, 8}}},
-             Row{"legacy, brighter within a step", TXC_FORMAT_ATC_LEGACY, 0x0841, 0x0821,
-                 Palette{Rgb{8, 8, 8}, {8, 6, 8}, {8, 5, 8}, {8, 4, 8}}},
+             Row{"legacy, brighter within a step", TXC_FORMAT_ATC_LEGACY, 0x1168, 0x0965,
+                 Palette{Rgb{16, 44, 66}, {13, 44, 56}, {11, 44, 50}, {8, 44, 41}}},
          }) {
         Palette palette;
         SetDecoderColors(row.color0, row.color1, palette, row.format);
@@ -160,6 +160,11 @@ TEST(AtcRegions, BlackTrickNeedsBlackBrightnessAndADifference) {
              Row{"not near black", {Rgb{60, 0, 0}, kBlack, kRed, kGreen}, {4, 0, 4, 8}, false},
              Row{"brightest is bright", {kBlack, kBlack, kRed, {0, 143, 0}}, {4, 0, 4, 8}, true},
              Row{"brightest is dim", {kBlack, kBlack, kRed, {0, 142, 0}}, {4, 0, 4, 8}, false},
+             Row{"saturation 41 by 20", {kBlack, kBlack, {100, 59, 59}, {200, 160, 160}}, {4, 0, 4, 8}, true},
+             Row{"saturation 40 by 20",
+                 {kBlack, {100, 60, 60}, kBlack, {200, 160, 160}},
+                 {4, 4, 0, 8},
+                 false},
              Row{"saturation above 70", {kBlack, kBlack, {200, 58, 58}, kPink}, {4, 0, 4, 8}, true},
              Row{"saturation 70", {kBlack, kBlack, {200, 60, 60}, kPink}, {4, 0, 4, 8}, false},
          }) {
@@ -232,6 +237,14 @@ TEST(AtcEncoder, IsExactWhereColorsAre) {
             EXPECT_EQ(Decoded(block, format), tile);
         }
     }
+}
+
+TEST(AtcEncoder, EqualLuminancesAreOneRegion) {
+    RgbTile tile = Flat({0, 0, 101});
+    std::fill(tile.begin(), tile.begin() + 4, Rgb{40, 0, 0});
+    const auto [full, fast] = Encoded(tile, TXC_FORMAT_ATC);
+    EXPECT_EQ(fast.index, 0xFFFFFFFFu) << "nothing is moved";
+    EXPECT_EQ(full.index, 0xFFFFFF00u) << "the red is nearer to black";
 }
 
 }  // namespace

@@ -67,6 +67,9 @@ TEST(Sizes, AreTheAnswerToANullOutput) {
         EXPECT_EQ(size, 2u * 3 * 16);
         EXPECT_EQ(Decode(codec, 5, 9, nullptr, 0, nullptr, &size), TXC_OK);
         EXPECT_EQ(size, 5u * 9 * 4);
+        const Codec unknown{entry, kUnknownFormat, 2};
+        EXPECT_EQ(Encode(unknown, {nullptr, 5, 9, 0}, nullptr, &size, nullptr), TXC_ERR_BAD_FORMAT);
+        EXPECT_EQ(Decode(unknown, 5, 9, nullptr, 0, nullptr, &size), TXC_ERR_BAD_FORMAT);
     }
 }
 
@@ -250,6 +253,17 @@ TEST(Images, MipLevelsLieBackToBack) {
                       TXC_OK);
             EXPECT_EQ(pixels, levels[std::min(level, 5u)]) << codec.name << ' ' << level;
         }
+    }
+}
+
+TEST(Images, AlphaBlocksComeFirst) {
+    const TestImage image{"", 1, 1, {0, 0, 0, 0x9C}};
+    for (const uint32_t format : {TXC_FORMAT_ATC, TXC_FORMAT_ETC1}) {
+        std::vector<uint8_t> four = Encode({Entry::kTxCompress, format, 2}, SourceOf(image));
+        std::vector<uint8_t> interpolated = Encode({Entry::kTxCompress, format, 18}, SourceOf(image));
+        EXPECT_EQ(std::count(four.begin(), four.begin() + 8, 0x99), 8);
+        EXPECT_EQ(std::vector(interpolated.begin(), interpolated.begin() + 8),
+                  (std::vector<uint8_t>{0x9C, 0x9C, 0, 0, 0, 0, 0, 0}));
     }
 }
 
