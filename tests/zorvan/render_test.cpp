@@ -54,6 +54,11 @@ TEST_F(Render, OptionsSetTimeSizeColorsAndCamera) {
         {"--size 512x512 --camera2d none", 40, 56, kRed},
         {"--size 512x512 --camera2d none", 70, 100, kBlue},
         {"--supersample 2 --camera2d none", 40, 56, kRed},
+        // A part of the picture, without alpha.
+        {"--area 30,60,9x6", 1, 3, kBlue},
+        {"--area 30,60,9x6", 2, 3, kRed},
+        {"--area 30,60,9x6 --supersample 2", 2, 4, kBlue},
+        {"--surface 8888 --background '#00000000' --area 0,0,3x3", 0, 0, kBlack},
     };
     for (auto const& row : rows) {
         EXPECT_EQ(PixelAt(Picture(row.options), row.x, row.y), row.color) << row.options;
@@ -72,6 +77,19 @@ TEST_F(Render, SupersamplingSmoothsOnlyEdges) {
     };
     EXPECT_EQ(shades(""), 0);
     EXPECT_GT(shades("--supersample 4"), 60);
+}
+
+TEST_F(Render, TellsWhereNodesLie) {
+    const auto json = Json(
+        "render scene.json l%d.png --frames 14..15 --supersample 2 --locate runner --locate "
+        "/root/children/0");
+    ASSERT_EQ(json["places"].size(), 2u);
+    const auto place = json["places"][1];
+    EXPECT_EQ(place["frame"], 15);
+    EXPECT_NEAR(place["nodes"]["runner"][0], 158, 0.1);
+    EXPECT_NEAR(place["nodes"]["runner"][1], 0, 0.1);
+    EXPECT_NEAR(place["nodes"]["/root/children/0"][0], 32, 0.1);
+    EXPECT_NEAR(place["nodes"]["/root/children/0"][1], 48, 0.1);
 }
 
 TEST_F(Render, FramesHaveNumbersAndAreTheSameAlone) {
@@ -124,6 +142,10 @@ TEST_F(Render, StatisticsAreJson) {
 TEST_F(Render, FailsInOneLine) {
     std::filesystem::create_directory(Path("folder.png"));
     const FailureRow rows[] = {
+        {"render scene.json a.png --area 250,0,7x1", 1,
+         "--area: got an end at 257, 1, expected one inside the 256x256 of the picture"},
+        {"render scene.json a.png --locate walker", 1,
+         "--locate: got 'walker', expected a node's name, or a path such as /root/children/0"},
         {"render scene.json a.png --size 16384x16384", 5,
          "EGL: got size 16384x16384, this display allows 4096x4096 at most"},
         {"render scene.json a.png --size 4000x10 --supersample 8", 5,

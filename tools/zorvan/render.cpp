@@ -6,6 +6,7 @@
 #include "tools/zorvan/film_output.h"
 #include "tools/zorvan/frame_output.h"
 #include "tools/zorvan/interruption.h"
+#include "tools/zorvan/node_places.h"
 #include "tools/zorvan/progress.h"
 #include "tools/zorvan/report.h"
 #include "tools/zorvan/sheet_output.h"
@@ -24,6 +25,7 @@ constexpr char const* kFooter =
     "  zorvan render crowd.json - --frames 0..299 | ffmpeg -i - crowd.mkv\n"
     "  zorvan render hello.json hello.png --size 1280x800 --supersample 2 --background '#203040'\n"
     "  zorvan render hello.json hello.png --json\n"
+    "  zorvan render hello.json sun.png --area 300,40,256x256 --locate sun\n"
     "\n"
     "Frame N shows the scene at the time T + N / FPS. OUT is a PNG file, a name with %d or %04d for the\n"
     "frame's number, a film (.gif, .mp4, .webm; made by the program ffmpeg), or - for raw frames on "
@@ -38,6 +40,8 @@ struct RenderOptions {
     RealFixed time;
     std::optional<RawFormat> raw;
     std::optional<SheetGrid> sheet;
+    std::optional<RectangleT<int>> area;
+    std::vector<std::string> located;  // names or paths of nodes
     bool json = false;
     bool glInfo = false;
 };
@@ -71,7 +75,8 @@ Status CheckOptions(RenderOptions const& options) {
     return std::nullopt;
 }
 
-Status DrawFrames(RenderOptions const& options, Stage& stage, FrameOutput& output, FrameFigures& figures) {
+Status DrawFrames(RenderOptions const& options, Stage& stage, FrameOutput& output, FrameFigures& figures,
+                  NodePlaces& places) {
     const SheetGrid all{options.frames.Count(), 1};
     const std::vector<uint32_t> numbers = SheetFrames(options.frames, options.sheet.value_or(all));
     Progress progress(static_cast<uint32_t>(numbers.size()));
@@ -80,7 +85,8 @@ Status DrawFrames(RenderOptions const& options, Stage& stage, FrameOutput& outpu
         const FrameTimes times =
             stage.Draw(RealFixed::FromRaw(static_cast<int32_t>(RawTimeOf(options, number))));
         figures.Add(times, DrawCallCount() - callsBefore);
-        Result<Image> frame = stage.Read();
+        places.Record(number, options.stage.supersample);
+        Result<Image> frame = options.area ? stage.ReadArea(*options.area) : stage.Read();
         if (!frame) {
             return frame.GetFailure();
         }
@@ -95,13 +101,17 @@ Status DrawFrames(RenderOptions const& options, Stage& stage, FrameOutput& outpu
     return output.Finish();
 }
 
-void PrintJson(RenderOptions const& options, Stage& stage, FrameFigures const& figures, std::FILE* stream) {
+void PrintJson(RenderOptions const& options, Stage& stage, FrameFigures const& figures,
+               NodePlaces const& places, std::FILE* stream) {
     Json json = {{"scene", options.stage.scene},   {"output", options.out},
                  {"width", stage.GetSize().width}, {"height", stage.GetSize().height},
                  {"frames", figures.total.size()}, {"fps", options.framesPerSecond}};
     AppendTimes(json, figures);
     json["draw_calls"] = figures.drawCalls;
     json["texture_bytes"] = stage.GetLoaded().GetTextureBytes();
+    if (!places.IsEmpty()) {
+        json["places"] = places.ToJson();
+    }
     if (options.glInfo) {
         for (auto const& [name, text] : stage.DescribeGl()) {
             json["gl"][name] = text;
@@ -110,7 +120,9 @@ void PrintJson(RenderOptions const& options, Stage& stage, FrameFigures const& f
     Print(json, stream);
 }
 
-void PrintText(RenderOptions const& options, Stage& stage, FrameFigures const& figures, std::FILE* stream) {
+void PrintText(RenderOptions const& options, Stage& stage, FrameFigures const& figures,
+               NodePlaces const& places, std::FILE* stream) {
+    places.Print(stream);
     if (options.glInfo) {
         for (auto const& [name, text] : stage.DescribeGl()) {
             std::fprintf(stream, "%-12s %s\n", name.c_str(), text.c_str());
@@ -150,12 +162,18 @@ Status Render(RenderOptions const& options) {
     if (!ToStream(options)) {
         NoteSignals();
     }
+    NodePlaces places;
+    for (std::string const& node : options.located) {
+        if (Status failure = places.Follow(*(*stage)->GetLoaded().GetScene().root, node)) {
+            return failure;
+        }
+    }
     FrameFigures figures;
-    if (Status failure = DrawFrames(options, **stage, **output, figures)) {
+    if (Status failure = DrawFrames(options, **stage, **output, figures, places)) {
         return failure;
     }
     const auto print = options.json ? PrintJson : PrintText;
-    print(options, **stage, figures, ToStream(options) ? stderr : stdout);
+    print(options, **stage, figures, places, ToStream(options) ? stderr : stdout);
     return std::nullopt;
 }
 
@@ -174,6 +192,10 @@ Verb AddRenderVerb(CLI::App& program) {
     AddValue(*command, "--raw", options->raw,
              "rgba or y4m: layout of frames on standard output; default y4m");
     AddValue(*command, "--sheet", options->sheet, "COLUMNSxROWS: a contact sheet, one PNG file");
+    AddValue(*command, "--area", options->area,
+             "X,Y,WIDTHxHEIGHT: this part of the picture only, in pixels from its top left, without alpha");
+    command->add_option("--locate", options->located,
+                        "Name or path of a node: tell where its zero point lies in each frame; repeatable");
     options->stage.AddTo(*command);
     command->add_flag("--json", options->json, "Print statistics as JSON");
     command->add_flag("--gl-info", options->glInfo, "Tell which EGL, GL and plug-in are at work");

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "core/camera.h"
+#include "core/pixel_format.h"
 #include "core/shader.h"
 #include "tools/zorvan/atitc.h"
 #include "tools/zorvan/egl_context.h"
@@ -32,6 +33,12 @@ DeviceFormat::Enum ToDeviceFormat(SurfaceFormat format) {
 std::string GlText(GLenum name) {
     auto const* text = reinterpret_cast<char const*>(glGetString(name));
     return text == nullptr ? "unknown" : text;
+}
+
+// Drawing may leave errors behind that say nothing about a read-back; a lost context never runs out of them.
+void ClearGlErrors() {
+    for (int i = 0; i < 16 && glGetError() != GL_NO_ERROR; ++i) {
+    }
 }
 
 // Averages squares of factor x factor pixels.
@@ -235,10 +242,7 @@ Result<Image> Stage::Read() const {
     Image image{static_cast<uint32_t>(surface.width), static_cast<uint32_t>(surface.height), {}};
     const size_t row = size_t{4} * image.width;
     image.rgba.resize(row * image.height);
-    // Drawing may leave errors behind that say nothing about the read-back; a lost context never runs out
-    // of them.
-    for (int i = 0; i < 16 && glGetError() != GL_NO_ERROR; ++i) {
-    }
+    ClearGlErrors();
     glReadPixels(0, 0, surface.width, surface.height, GL_RGBA, GL_UNSIGNED_BYTE, image.rgba.data());
     if (const GLenum error = glGetError(); error != GL_NO_ERROR) {
         char text[64];
@@ -251,6 +255,24 @@ Result<Image> Stage::Read() const {
                          &image.rgba[(image.height - 1 - y) * row]);
     }
     return Shrink(std::move(image), static_cast<uint32_t>(supersample_));
+}
+
+Result<Image> Stage::ReadArea(RectangleT<int> const& area) {
+    if (area.right > size_.width || area.bottom > size_.height) {
+        return Failure{ExitCode::Usage, "--area: got an end at " + std::to_string(area.right) + ", " +
+                                            std::to_string(area.bottom) + ", expected one inside the " +
+                                            ToText(size_) + " of the picture"};
+    }
+    const int n = supersample_;
+    Texture* read = nullptr;
+    ClearGlErrors();
+    if (device_->ReadPixels({area.left * n, area.top * n, area.right * n, area.bottom * n}, &read) == 0) {
+        return Failure{ExitCode::Runtime, "the device failed to read its pixels back"};
+    }
+    const RefT<Texture> texture(read);
+    const auto [width, height, offset, bytes] = texture->levels[0];
+    return Shrink(UnpackPixels(texture->pixels.data, texture->format.Get(), width, height),
+                  static_cast<uint32_t>(n));
 }
 
 std::vector<std::pair<std::string, std::string>> Stage::DescribeGl() const {

@@ -93,6 +93,8 @@ class Stage {
     void SetCameraView(std::optional<RectangleT<RealFixed>> const& view) { cameraView_ = view; }
     // Reads the surface back as a picture.
     Result<Image> Read() const;
+    // Reads a part of the picture, in pixels from its top left, without alpha.
+    Result<Image> ReadArea(RectangleT<int> const& area);
 
     LoadedScene& GetLoaded() { return *loaded_; }
     PixelSize GetSize() const { return size_; }

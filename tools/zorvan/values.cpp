@@ -145,6 +145,22 @@ bool ParseValue(std::string const& text, RealFixed& value) {
     return ParseFixed(text, value) && value.raw >= 0;
 }
 
+bool ParseValue(std::string const& text, RectangleT<int>& value) {
+    std::string_view left, right, top, sides;
+    uint32_t x = 0;
+    uint32_t y = 0;
+    PixelSize size;
+    if (!SplitAt(text, ",", left, right) || !SplitAt(right, ",", top, sides) ||
+        !ParseWhole(left, kLargestSurface, x) || !ParseWhole(top, kLargestSurface, y) ||
+        !ParseValue(std::string(sides), size)) {
+        return false;
+    }
+    const auto fromLeft = static_cast<int>(x);
+    const auto fromTop = static_cast<int>(y);
+    value = {fromLeft, fromTop, fromLeft + size.width, fromTop + size.height};
+    return true;
+}
+
 char const* Expected(PixelSize const&) {
     return "WIDTHxHEIGHT in pixels, each 1 to 16384";
 }
@@ -169,6 +185,9 @@ char const* Expected(ColorT<RealFixed> const&) {
 char const* Expected(RealFixed const&) {
     return "seconds from 0 to 32767";
 }
+char const* Expected(RectangleT<int> const&) {
+    return "X,Y,WIDTHxHEIGHT in pixels from the top left";
+}
 
 std::string ToText(PixelSize const& size) {
     return std::to_string(size.width) + "x" + std::to_string(size.height);
@@ -191,6 +210,8 @@ template CLI::Option* AddValue(CLI::App&, std::string const&, RealFixed&, std::s
 template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<PixelSize>&, std::string const&);
 template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<Camera2D>&, std::string const&);
 template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<SheetGrid>&, std::string const&);
+template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<RectangleT<int>>&,
+                               std::string const&);
 template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<RawFormat>&, std::string const&);
 template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<ColorT<RealFixed>>&,
                                std::string const&);

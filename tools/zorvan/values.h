@@ -58,6 +58,7 @@ bool ParseValue(std::string const& text, SheetGrid& value);          // "4x3"
 bool ParseValue(std::string const& text, RawFormat& value);          // "rgba", "y4m"
 bool ParseValue(std::string const& text, ColorT<RealFixed>& value);  // "#rrggbb" or "#rrggbbaa"
 bool ParseValue(std::string const& text, RealFixed& value);          // decimal number of 16.16
+bool ParseValue(std::string const& text, RectangleT<int>& value);    // "10,20,300x200"
 
 // What a user should have written, for messages.
 char const* Expected(PixelSize const&);
@@ -68,6 +69,7 @@ char const* Expected(SheetGrid const&);
 char const* Expected(RawFormat const&);
 char const* Expected(ColorT<RealFixed> const&);
 char const* Expected(RealFixed const&);
+char const* Expected(RectangleT<int> const&);
 
 // "640x480"
 std::string ToText(PixelSize const& size);
