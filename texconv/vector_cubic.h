@@ -18,6 +18,13 @@ constexpr std::size_t kPixelsAtOnce = 1;
 #endif
 using FloatPixels = float __attribute__((vector_size(16 * kPixelsAtOnce)));
 
+// The vector unit of 32-bit ARM takes denormal floats for 0.
+#if defined(__arm__) && defined(__ARM_NEON)
+constexpr bool kVectorsKeepDenormals = false;
+#else
+constexpr bool kVectorsKeepDenormals = true;
+#endif
+
 // The pixel of a line at a place, and as many as fit at the places of the same tap of the next results.
 template <typename Pixels>
 [[gnu::always_inline]] inline Pixels PixelsAt(const float* line, const std::uint32_t* places) {
@@ -82,6 +89,9 @@ void CubicBytes(const float* const* lines, const std::uint32_t* taps, std::size_
 
 // The weight of 0 counts where it meets an infinity.
 void CubicFloats(const float* const* lines, const std::uint32_t* taps, std::size_t count, std::uint8_t* to) {
+    if constexpr (!kVectorsKeepDenormals) {
+        return kScalarRowKernels.cubicFloats(lines, taps, count, to);
+    }
     for (std::size_t i = 0; i < count; ++i) {
         const Floats sums = CubicSums<kTaps, Floats>(lines, taps + i * kTaps);
         for (int c = 0; c < 4; ++c) {
