@@ -91,18 +91,34 @@ inline void DecodeAti2nOnVectors(const uint8_t* blocks, size_t count, size_t str
     }
 }
 
+/// Each byte of the lower or the upper half behind as many zeros as make a word of them: shorts, then words.
+[[gnu::always_inline]] inline Quad BytesToTop(const Bytes16& bytes, bool upperHalf, bool upperQuarter) {
+    const Bytes16 zeros{};
+    using Shorts8 = uint16_t __attribute__((vector_size(16)));
+    const auto shorts = upperHalf ? Shorts8(__builtin_shufflevector(zeros, bytes, 0, 24, 1, 25, 2, 26, 3, 27,
+                                                                    4, 28, 5, 29, 6, 30, 7, 31))
+                                  : Shorts8(__builtin_shufflevector(zeros, bytes, 0, 16, 1, 17, 2, 18, 3, 19,
+                                                                    4, 20, 5, 21, 6, 22, 7, 23));
+    const Shorts8 none{};
+    return upperQuarter ? Quad(__builtin_shufflevector(none, shorts, 0, 12, 1, 13, 2, 14, 3, 15))
+                        : Quad(__builtin_shufflevector(none, shorts, 0, 8, 1, 9, 2, 10, 3, 11));
+}
+
 inline void DecodeAlphaExplicitOnVectors(const uint8_t* blocks, size_t count, size_t stride, Tile* tiles) {
-    U32 shifts{};
-    for (int i = 0; i < kLanes; ++i) {
-        shifts[i] = static_cast<uint32_t>(4 * i) & 31;
-    }
     for (size_t i = 0; i < count; ++i) {
-        for (int k = 0; k < 16; k += kLanes) {
-            const uint32_t word = LoadWord(blocks + i * stride + k / 8 * 4) >> (4 * (k % 8));
-            const U32 nibbles = (U32{} + word) >> shifts & 15;
-            const U32 pixels = LoadVector<U32>(tiles[i].pixels + k) | nibbles << 24 | nibbles << 28;
-            StoreVector(tiles[i].pixels + k, pixels);
-        }
+        uint64_t nibbles;
+        std::memcpy(&nibbles, blocks + i * stride, kBlockBytes);
+        // Each alpha is its nibble times 17.
+        constexpr uint64_t kEven = 0x0F0F0F0F0F0F0F0F;
+        const auto even = Bytes16(Pair{(nibbles & kEven) * 17, 0});
+        const auto odd = Bytes16(Pair{(nibbles >> 4 & kEven) * 17, 0});
+        const Bytes16 alphas =
+            __builtin_shufflevector(even, odd, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+        uint32_t* pixels = tiles[i].pixels;
+        StoreVector(pixels, Quad(LoadVector<Quad>(pixels) | BytesToTop(alphas, false, false)));
+        StoreVector(pixels + 4, Quad(LoadVector<Quad>(pixels + 4) | BytesToTop(alphas, false, true)));
+        StoreVector(pixels + 8, Quad(LoadVector<Quad>(pixels + 8) | BytesToTop(alphas, true, false)));
+        StoreVector(pixels + 12, Quad(LoadVector<Quad>(pixels + 12) | BytesToTop(alphas, true, true)));
     }
 }
 

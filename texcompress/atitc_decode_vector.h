@@ -53,17 +53,28 @@ constexpr int32_t kFields = 0xFF00FF;
     return JoinColors(lower(medHigh.redBlue, high.redBlue), lower(medHigh.green, high.green));
 }
 
-/// Palettes of kLanes blocks; entry i of block n in lane n of palettes[i].
-inline void AtcPalettes(const I32& colorWords, I32 (&palettes)[4]) {
-    const SplitColors color0 = Expand1555(colorWords);
-    const SplitColors color1 = Expand565(colorWords >> 16 & 0xFFFF);
-    const I32 first = JoinColors(color0.redBlue, color0.green);
-    const I32 black = (colorWords & 0x8000) != 0;
-    palettes[0] = first & ~black;
-    palettes[1] = Select(black, LowerColors(color0, color1), BlendColors(color0, color1));
-    palettes[2] = Select(black, first, BlendColors(color1, color0));
-    palettes[3] = JoinColors(color1.redBlue, color1.green);
-}
+/// Palettes of kLanes blocks, as what the bits of an index change: entry 0, what the lower bit flips, what
+/// the upper bit flips, and what both flip besides.
+struct AtcPalettes {
+    alignas(32) int32_t first[kLanes], lower[kLanes], upper[kLanes], both[kLanes];
+
+    explicit AtcPalettes(const I32& colorWords) {
+        const SplitColors color0 = Expand1555(colorWords);
+        const SplitColors color1 = Expand565(colorWords >> 16 & 0xFFFF);
+        const I32 plain0 = JoinColors(color0.redBlue, color0.green);
+        const I32 black = (colorWords & 0x8000) != 0;
+        const I32 entry0 = plain0 & ~black;
+        const I32 entry1 = Select(black, LowerColors(color0, color1), BlendColors(color0, color1));
+        const I32 entry2 = Select(black, plain0, BlendColors(color1, color0));
+        const I32 entry3 = JoinColors(color1.redBlue, color1.green);
+        StoreVector(first, entry0);
+        StoreVector(lower, I32(entry0 ^ entry1));
+        StoreVector(upper, I32(entry0 ^ entry2));
+        StoreVector(both, I32(entry0 ^ entry1 ^ entry2 ^ entry3));
+    }
+
+    [[gnu::always_inline]] void LookUp(size_t block, uint32_t indexWord, Tile& tile) const;
+};
 
 /// Bit 2k of lane k, from pixel `first` on.
 [[gnu::always_inline]] inline U32 IndexBits(int first) {
@@ -74,18 +85,18 @@ inline void AtcPalettes(const I32& colorWords, I32 (&palettes)[4]) {
     return bits;
 }
 
-inline void LookUpPixels(const I32 (&palettes)[4], int block, uint32_t indexWord, Tile& tile) {
-    const I32 entry0 = I32{} + palettes[0][block];
-    const I32 flips[3] = {entry0 ^ palettes[1][block], entry0 ^ palettes[2][block],
-                          I32{} + (palettes[2][block] ^ palettes[3][block])};
+inline void AtcPalettes::LookUp(size_t block, uint32_t indexWord, Tile& tile) const {
+    const I32 ofFirst = I32{} + first[block];
+    const I32 ofLower = I32{} + lower[block];
+    const I32 ofUpper = I32{} + upper[block];
+    const I32 ofBoth = I32{} + both[block];
     for (int k = 0; k < 16; k += kLanes) {
         const U32 lowBits = IndexBits(k);
         const U32 highBits = lowBits << 1;
         const auto odd = I32(((U32{} + indexWord) & lowBits) == lowBits);
-        const auto upper = I32(((U32{} + indexWord) & highBits) == highBits);
-        const I32 low = flips[0] & odd;
-        const I32 high = flips[1] ^ (flips[2] & odd);
-        StoreVector(tile.pixels + k, I32(entry0 ^ Select(upper, high, low)));
+        const auto high = I32(((U32{} + indexWord) & highBits) == highBits);
+        const I32 changed = (odd & (ofLower ^ (high & ofBoth))) ^ (high & ofUpper);
+        StoreVector(tile.pixels + k, I32(ofFirst ^ changed));
     }
 }
 
@@ -96,11 +107,9 @@ inline void DecodeAtcOnVectors(const uint8_t* blocks, size_t count, size_t strid
         for (size_t n = 0; n < some; ++n) {
             colorWords[n] = LoadWord(blocks + (i + n) * stride);
         }
-        I32 palettes[4];
-        AtcPalettes(LoadVector<I32>(colorWords), palettes);
+        const AtcPalettes palettes(LoadVector<I32>(colorWords));
         for (size_t n = 0; n < some; ++n) {
-            const uint32_t indexWord = LoadWord(blocks + (i + n) * stride + 4);
-            LookUpPixels(palettes, static_cast<int>(n), indexWord, tiles[i + n]);
+            palettes.LookUp(n, LoadWord(blocks + (i + n) * stride + 4), tiles[i + n]);
         }
     }
 }

@@ -147,6 +147,10 @@ template <typename T>
 #endif
 }
 
+/// 16 bytes, whatever the instruction set.
+using Pair = uint64_t __attribute__((vector_size(16)));
+using Bytes16 = uint8_t __attribute__((vector_size(16)));
+
 /// Four rows of four become four columns.
 using Quad = int32_t __attribute__((vector_size(16)));
 [[gnu::always_inline]] inline void Transpose(Quad (&rows)[4]) {
