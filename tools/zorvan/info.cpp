@@ -7,7 +7,7 @@
 #include "tools/zorvan/census.h"
 #include "tools/zorvan/describe_node.h"
 #include "tools/zorvan/report.h"
-#include "tools/zorvan/stage.h"
+#include "tools/zorvan/loaded_scene.h"
 #include "tools/zorvan/verb.h"
 #include "tools/zorvan/warnings.h"
 

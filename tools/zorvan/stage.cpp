@@ -9,7 +9,6 @@
 
 #include "core/camera.h"
 #include "core/pixel_format.h"
-#include "core/shader.h"
 #include "tools/zorvan/atitc.h"
 #include "tools/zorvan/egl_context.h"
 
@@ -80,44 +79,6 @@ void StageOptions::AddToViewer(CLI::App& app) {
     app.add_flag("--decode-atitc", decodeAtitc,
                  "Unpack ATITC textures before GL gets them, for drivers that do not know them");
     app.add_option("--plugin", plugin, "The graphics plug-in; default: the one beside this program");
-}
-
-Result<std::unique_ptr<LoadedScene>> LoadedScene::Open(std::string const& file, std::string const& plugin) {
-    Result<std::unique_ptr<Plugin>> library = Plugin::Load(plugin);
-    if (!library) {
-        return library.GetFailure();
-    }
-    std::unique_ptr<LoadedScene> loaded(new LoadedScene);
-    loaded->plugin_ = std::move(*library);
-    loaded->registry_ = std::make_unique<ClassRegistry>();
-    if (!loaded->plugin_->Initialize(*loaded->registry_)) {
-        return Failure{ExitCode::Runtime, loaded->plugin_->GetPath() + ": the plug-in refused to start"};
-    }
-    loaded->scene_ = std::make_unique<Scene>();
-    if (Status failure = loaded->Replace(file)) {
-        return *failure;
-    }
-    return loaded;
-}
-
-Status LoadedScene::Replace(std::string const& file) {
-    if (!scene_->Load(file, *registry_)) {
-        return Failure{scene_->IsFileError() ? ExitCode::Io : ExitCode::BadFile, scene_->Error()};
-    }
-    textureBytes_ = 0;
-    for (RefT<Texture> const& texture : scene_->textures) {
-        textureBytes_ += texture->pixels.size;
-    }
-    return std::nullopt;
-}
-
-LoadedScene::~LoadedScene() {
-    Unload();
-}
-
-void LoadedScene::Unload() {
-    scene_.reset();
-    Shader::ReleaseAll();
 }
 
 Result<std::unique_ptr<Stage>> Stage::Open(StageOptions const& options, ContextMaker const& makeContext) {

@@ -1,0 +1,47 @@
+#include "tools/zorvan/loaded_scene.h"
+
+#include <utility>
+
+#include "core/shader.h"
+
+namespace zorvan::tool {
+
+Result<std::unique_ptr<LoadedScene>> LoadedScene::Open(std::string const& file, std::string const& plugin) {
+    Result<std::unique_ptr<Plugin>> library = Plugin::Load(plugin);
+    if (!library) {
+        return library.GetFailure();
+    }
+    std::unique_ptr<LoadedScene> loaded(new LoadedScene);
+    loaded->plugin_ = std::move(*library);
+    loaded->registry_ = std::make_unique<ClassRegistry>();
+    if (!loaded->plugin_->Initialize(*loaded->registry_)) {
+        return Failure{ExitCode::Runtime, loaded->plugin_->GetPath() + ": the plug-in refused to start"};
+    }
+    loaded->scene_ = std::make_unique<Scene>();
+    if (Status failure = loaded->Replace(file)) {
+        return *failure;
+    }
+    return loaded;
+}
+
+Status LoadedScene::Replace(std::string const& file) {
+    if (!scene_->Load(file, *registry_)) {
+        return Failure{scene_->IsFileError() ? ExitCode::Io : ExitCode::BadFile, scene_->Error()};
+    }
+    textureBytes_ = 0;
+    for (RefT<Texture> const& texture : scene_->textures) {
+        textureBytes_ += texture->pixels.size;
+    }
+    return std::nullopt;
+}
+
+LoadedScene::~LoadedScene() {
+    Unload();
+}
+
+void LoadedScene::Unload() {
+    scene_.reset();
+    Shader::ReleaseAll();
+}
+
+}  // namespace zorvan::tool
