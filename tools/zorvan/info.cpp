@@ -6,8 +6,9 @@
 #include "core/timeline.h"
 #include "tools/zorvan/census.h"
 #include "tools/zorvan/describe_node.h"
-#include "tools/zorvan/report.h"
 #include "tools/zorvan/loaded_scene.h"
+#include "tools/zorvan/report.h"
+#include "tools/zorvan/values.h"
 #include "tools/zorvan/verb.h"
 #include "tools/zorvan/warnings.h"
 
