@@ -5,7 +5,9 @@
 
 #include <cstddef>
 
+#include "texcompress/texcompress.h"
 #include "texcompress/tile.h"
+#include "texcompress/tile_group_vector.h"
 #include "texcompress/vector_types.h"
 
 namespace zorvan::texcompress {
@@ -58,15 +60,29 @@ constexpr int32_t kFields = 0xFF00FF;
 struct AtcPalettes {
     alignas(32) int32_t first[kLanes], lower[kLanes], upper[kLanes], both[kLanes];
 
-    explicit AtcPalettes(const I32& colorWords) {
-        const SplitColors color0 = Expand1555(colorWords);
-        const SplitColors color1 = Expand565(colorWords >> 16 & 0xFFFF);
-        const I32 plain0 = JoinColors(color0.redBlue, color0.green);
-        const I32 black = (colorWords & 0x8000) != 0;
+    /// Colours of TXC_FORMAT_ATC.
+    static AtcPalettes Of(const I32& colorWords) {
+        return {Expand1555(colorWords), Expand565(colorWords >> 16 & 0xFFFF), (colorWords & 0x8000) != 0};
+    }
+    /// Colours of TXC_FORMAT_ATC_LEGACY: beside black, the first one is the high one.
+    static AtcPalettes OfLegacy(const I32& colorWords) {
+        const SplitColors first = Expand565(colorWords & 0xFFFF);
+        const SplitColors second = Expand565(colorWords >> 16 & 0xFFFF);
+        const I32 black = LeastLuminance(first.redBlue & 255, first.green, first.redBlue >> 16) >
+                          GreatestLuminance(second.redBlue & 255, second.green, second.redBlue >> 16);
+        const auto choose = [&black](const SplitColors& yes, const SplitColors& no) {
+            return SplitColors{Select(black, yes.redBlue, no.redBlue), Select(black, yes.green, no.green)};
+        };
+        return {choose(second, first), choose(first, second), black};
+    }
+
+    /// low has index 0, or 2 beside black; high has index 3.
+    AtcPalettes(const SplitColors& low, const SplitColors& high, const I32& black) {
+        const I32 plain0 = JoinColors(low.redBlue, low.green);
         const I32 entry0 = plain0 & ~black;
-        const I32 entry1 = Select(black, LowerColors(color0, color1), BlendColors(color0, color1));
-        const I32 entry2 = Select(black, plain0, BlendColors(color1, color0));
-        const I32 entry3 = JoinColors(color1.redBlue, color1.green);
+        const I32 entry1 = Select(black, LowerColors(low, high), BlendColors(low, high));
+        const I32 entry2 = Select(black, plain0, BlendColors(high, low));
+        const I32 entry3 = JoinColors(high.redBlue, high.green);
         StoreVector(first, entry0);
         StoreVector(lower, I32(entry0 ^ entry1));
         StoreVector(upper, I32(entry0 ^ entry2));
@@ -100,6 +116,7 @@ inline void AtcPalettes::LookUp(size_t block, uint32_t indexWord, Tile& tile) co
     }
 }
 
+template <uint32_t Format>
 inline void DecodeAtcOnVectors(const uint8_t* blocks, size_t count, size_t stride, Tile* tiles) {
     for (size_t i = 0; i < count; i += kLanes) {
         const size_t some = count - i < kLanes ? count - i : kLanes;
@@ -107,7 +124,9 @@ inline void DecodeAtcOnVectors(const uint8_t* blocks, size_t count, size_t strid
         for (size_t n = 0; n < some; ++n) {
             colorWords[n] = LoadWord(blocks + (i + n) * stride);
         }
-        const AtcPalettes palettes(LoadVector<I32>(colorWords));
+        const auto words = LoadVector<I32>(colorWords);
+        const AtcPalettes palettes =
+            Format == TXC_FORMAT_ATC ? AtcPalettes::Of(words) : AtcPalettes::OfLegacy(words);
         for (size_t n = 0; n < some; ++n) {
             palettes.LookUp(n, LoadWord(blocks + (i + n) * stride + 4), tiles[i + n]);
         }

@@ -18,15 +18,15 @@ struct AtcPalette {
 inline AtcPalette PaletteOf(const AtcColors& colors) {
     AtcPalette palette;
     for (int c = 0; c < kChannels; ++c) {
-        const I32 color0 = colors.color0[c];
-        const I32 color1 = colors.color1[c];
-        const I32 nearFirst = (5 * color0 + 3 * color1) >> 3;
-        const I32 nearLast = (3 * color0 + 5 * color1) >> 3;
-        const I32 below = Max(color0 - (color1 >> 2), I32{});
-        palette.entries[0][c] = ToFloat(color0 & ~colors.black);
-        palette.entries[1][c] = ToFloat(Select(colors.black, below, nearFirst));
-        palette.entries[2][c] = ToFloat(Select(colors.black, color0, nearLast));
-        palette.entries[3][c] = ToFloat(color1);
+        const I32 low = colors.low[c];
+        const I32 high = colors.high[c];
+        const I32 nearLow = (5 * low + 3 * high) >> 3;
+        const I32 nearHigh = (3 * low + 5 * high) >> 3;
+        const I32 below = Max(low - (high >> 2), I32{});
+        palette.entries[0][c] = ToFloat(low & ~colors.black);
+        palette.entries[1][c] = ToFloat(Select(colors.black, below, nearLow));
+        palette.entries[2][c] = ToFloat(Select(colors.black, low, nearHigh));
+        palette.entries[3][c] = ToFloat(high);
     }
     return palette;
 }
@@ -83,29 +83,38 @@ inline bool RefineRegions(AtcGroup& group, const AtcColors& colors) {
 
 /// Recomputes colours from the refined regions. The full search takes back a refinement that changes
 /// whether the palette starts with black.
+template <uint32_t Format>
 inline void RefineFully(AtcGroup& group, AtcColors& colors) {
     AtcGroup refined = group;
     if (!RefineRegions(refined, colors)) {
         return;
     }
     RegionSums sums = SumRegions(refined);
-    const AtcColors newColors = ChooseColors(refined, sums);
+    const AtcColors newColors = ChooseColors<Format>(refined, sums);
     const I32 keep = newColors.black == colors.black;
     for (int k = 0; k < 16; ++k) {
         group.regions[k] = Select(keep, refined.regions[k], group.regions[k]);
     }
     for (int c = 0; c < kChannels; ++c) {
-        colors.color0[c] = Select(keep, newColors.color0[c], colors.color0[c]);
-        colors.color1[c] = Select(keep, newColors.color1[c], colors.color1[c]);
+        colors.low[c] = Select(keep, newColors.low[c], colors.low[c]);
+        colors.high[c] = Select(keep, newColors.high[c], colors.high[c]);
     }
 }
 
-inline void StoreAtcBlocks(const AtcGroup& group, const AtcColors& colors, size_t count, uint8_t* blocks,
+/// The codes of the end colours, the first one in the lower half.
+template <uint32_t Format>
+inline I32 CodesOf(const AtcColors& colors) {
+    const auto& [low, high, black, misjudged] = colors;
+    const I32 highCode = high[0] >> 3 << 11 | high[1] >> 2 << 5 | high[2] >> 3;
+    if (Format == TXC_FORMAT_ATC) {
+        return (black & 0x8000) | low[0] >> 3 << 10 | low[1] >> 3 << 5 | low[2] >> 3 | highCode << 16;
+    }
+    const I32 lowCode = low[0] >> 3 << 11 | low[1] >> 2 << 5 | low[2] >> 3;
+    return Select(black, highCode | lowCode << 16, lowCode | highCode << 16);
+}
+
+inline void StoreAtcBlocks(const AtcGroup& group, const I32& colorWords, size_t count, uint8_t* blocks,
                            size_t stride) {
-    const I32 code0 = (colors.black & 0x8000) | colors.color0[0] >> 3 << 10 | colors.color0[1] >> 3 << 5 |
-                      colors.color0[2] >> 3;
-    const I32 code1 = colors.color1[0] >> 3 << 11 | colors.color1[1] >> 2 << 5 | colors.color1[2] >> 3;
-    const I32 colorWords = code0 | code1 << 16;
     I32 indexWords{};
     for (int k = 0; k < 16; ++k) {
         indexWords |= group.regions[k] << (2 * k);
@@ -155,32 +164,51 @@ inline I32 ErrorsOf(const AtcGroup& group, const RegionSums& sums, const AtcColo
     return ToInt(errors);
 }
 
+/// The plain kernels.
+template <uint32_t Format>
+inline EncodeKernel PlainAtc() {
+    return Format == TXC_FORMAT_ATC ? kScalarKernels.encodeAtc : kScalarKernels.encodeAtcLegacy;
+}
+template <uint32_t Format>
+inline MeasuringEncodeKernel PlainAtcFast() {
+    return Format == TXC_FORMAT_ATC ? kScalarKernels.encodeAtcFast : kScalarKernels.encodeAtcLegacyFast;
+}
+
+template <uint32_t Format>
 inline void EncodeAtcGroup(const Tile* tiles, size_t count, uint8_t* blocks, size_t stride) {
     AtcGroup group;
     Tile regions[kLanes];
     bool usable = true;
     for (size_t i = 0; i < count; ++i) {
-        usable &= SearchSplits(tiles[i], regions[i]);
+        usable &= SearchSplits<Format>(tiles[i], regions[i]);
     }
     if (!usable) {
-        kScalarKernels.encodeAtc(tiles, count, blocks, stride);
+        PlainAtc<Format>()(tiles, count, blocks, stride);
         return;
     }
     LoadTileGroup(tiles, count, group.words);
     LoadTileGroup(regions, count, group.regions);
     RegionSums sums = SumRegions(group);
-    AtcColors colors = ChooseColors(group, sums);
-    RefineFully(group, colors);
-    StoreAtcBlocks(group, colors, count, blocks, stride);
+    AtcColors colors = ChooseColors<Format>(group, sums);
+    const I32 misjudged = colors.misjudged;
+    RefineFully<Format>(group, colors);
+    StoreAtcBlocks(group, CodesOf<Format>(colors), count, blocks, stride);
+    for (size_t i = 0; i < count && AnyLane(misjudged); ++i) {
+        if (misjudged[i] != 0) {
+            PlainAtc<Format>()(tiles + i, 1, blocks + i * stride, stride);
+        }
+    }
 }
 
+template <uint32_t Format>
 inline void EncodeAtcGroupFast(const Tile* tiles, size_t count, uint8_t* blocks, size_t stride,
                                uint32_t* errors) {
     AtcGroup group;
     LoadTileGroup(tiles, count, group.words);
     SplitAtQuarters(group);
     RegionSums sums = SumRegions(group);
-    AtcColors colors = ChooseColors(group, sums);
+    AtcColors colors = ChooseColors<Format>(group, sums);
+    I32 misjudged = colors.misjudged;
     // Flat tiles stay in region 3, even where black would be nearer than the quantized colour.
     const I32 flat = sums.Count(3) == 16;
     AtcGroup refined = group;
@@ -189,27 +217,33 @@ inline void EncodeAtcGroupFast(const Tile* tiles, size_t count, uint8_t* blocks,
             group.regions[k] = Select(flat, group.regions[k], refined.regions[k]);
         }
         sums = SumRegions(group);
-        colors = ChooseColors(group, sums);
+        colors = ChooseColors<Format>(group, sums);
+        misjudged |= colors.misjudged;
     }
-    StoreAtcBlocks(group, colors, count, blocks, stride);
+    StoreAtcBlocks(group, CodesOf<Format>(colors), count, blocks, stride);
     const I32 groupErrors = ErrorsOf(group, sums, colors);
     for (size_t i = 0; i < count; ++i) {
         errors[i] = static_cast<uint32_t>(groupErrors[i]);
+        if (misjudged[i] != 0) {
+            PlainAtcFast<Format>()(tiles + i, 1, blocks + i * stride, stride, errors + i);
+        }
     }
 }
 
+template <uint32_t Format>
 inline void EncodeAtcOnVectors(const Tile* tiles, size_t count, uint8_t* blocks, size_t stride) {
     for (size_t i = 0; i < count; i += kLanes) {
         const size_t some = count - i < kLanes ? count - i : kLanes;
-        EncodeAtcGroup(tiles + i, some, blocks + i * stride, stride);
+        EncodeAtcGroup<Format>(tiles + i, some, blocks + i * stride, stride);
     }
 }
 
+template <uint32_t Format>
 inline void EncodeAtcFastOnVectors(const Tile* tiles, size_t count, uint8_t* blocks, size_t stride,
                                    uint32_t* errors) {
     for (size_t i = 0; i < count; i += kLanes) {
         const size_t some = count - i < kLanes ? count - i : kLanes;
-        EncodeAtcGroupFast(tiles + i, some, blocks + i * stride, stride, errors + i);
+        EncodeAtcGroupFast<Format>(tiles + i, some, blocks + i * stride, stride, errors + i);
     }
 }
 

@@ -34,10 +34,11 @@ struct RegionSums {
     }
 };
 
-/// Decoded end colours.
+/// Decoded end colours: those of index 0, or 2 beside black, and of index 3.
 struct AtcColors {
-    I32 color0[kChannels], color1[kChannels];
-    I32 black;  ///< all ones where the palette starts with black
+    I32 low[kChannels], high[kChannels];
+    I32 black;      ///< all ones where the palette starts with black
+    I32 misjudged;  ///< all ones where the legacy format's decoder takes the opposite from the colours
 };
 
 inline RegionSums SumRegions(const AtcGroup& group) {
@@ -116,6 +117,7 @@ inline I32 UseBlackWhereHelpful(AtcGroup& group, RegionSums& sums, const I32& ca
 
 /// The end colours of the groups' splits; where black helps and region 2 is empty, region 1 moves there.
 /// Tiles with all pixels in region 3 have no black to gain from.
+template <uint32_t Format>
 inline AtcColors ChooseColors(AtcGroup& group, RegionSums& sums) {
     I32 low[kChannels];
     I32 high[kChannels];
@@ -127,8 +129,15 @@ inline AtcColors ChooseColors(AtcGroup& group, RegionSums& sums) {
         colors.black = UseBlackWhereHelpful(group, sums, candidates, low);
     }
     for (int c = 0; c < kChannels; ++c) {
-        colors.color0[c] = DecodedNearest<5>(low[c]);
-        colors.color1[c] = c == 1 ? DecodedNearest<6>(high[c]) : DecodedNearest<5>(high[c]);
+        colors.low[c] = c == 1 ? DecodedNearest<kLowGreenBits<Format>>(low[c]) : DecodedNearest<5>(low[c]);
+        colors.high[c] = c == 1 ? DecodedNearest<6>(high[c]) : DecodedNearest<5>(high[c]);
+    }
+    if (Format == TXC_FORMAT_ATC_LEGACY) {
+        const I32 lowFirst = LeastLuminance(colors.low[0], colors.low[1], colors.low[2]) >
+                             GreatestLuminance(colors.high[0], colors.high[1], colors.high[2]);
+        const I32 highFirst = LeastLuminance(colors.high[0], colors.high[1], colors.high[2]) >
+                              GreatestLuminance(colors.low[0], colors.low[1], colors.low[2]);
+        colors.misjudged = Select(colors.black, ~highFirst, lowFirst);
     }
     return colors;
 }

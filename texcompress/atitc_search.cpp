@@ -10,27 +10,13 @@ namespace {
 /// A candidate is kept only below this error, the square of 255 for each pixel.
 constexpr uint32_t kErrorLimit = 16 * 255 * 255;
 
-struct BlockColors {
-    uint32_t color0, color1;
-};
-
 struct Candidate {
     Regions regions;
     bool blackTrick = false;
 };
 
-/// The end colours of a split. The legacy format has no mode bit: the order of its colours tells the
-/// decoder to use black.
 BlockColors CandidateColors(const Candidate& candidate, uint32_t format) {
-    const auto& colors = candidate.regions.colors;
-    const bool blackTrick = candidate.blackTrick;
-    if (format == TXC_FORMAT_ATC) {
-        return {Color888To1555(blackTrick ? colors[2] : colors[0], blackTrick), Color888To565(colors[3])};
-    }
-    if (blackTrick) {
-        return {Color888To565(colors[3]), Color888To565(colors[2])};
-    }
-    return {Color888To565(colors[0]), Color888To565(colors[3])};
+    return CandidateColors(candidate.regions, candidate.blackTrick, format);
 }
 
 Candidate MakeCandidate(const RgbTile& pixels, uint32_t mask) {
@@ -93,6 +79,17 @@ uint32_t NearestEntry(const Rgb& pixel, const Palette& palette) {
 }
 
 }  // namespace
+
+BlockColors CandidateColors(const Regions& regions, bool blackTrick, uint32_t format) {
+    const auto& colors = regions.colors;
+    if (format == TXC_FORMAT_ATC) {
+        return {Color888To1555(blackTrick ? colors[2] : colors[0], blackTrick), Color888To565(colors[3])};
+    }
+    if (blackTrick) {
+        return {Color888To565(colors[3]), Color888To565(colors[2])};
+    }
+    return {Color888To565(colors[0]), Color888To565(colors[3])};
+}
 
 uint32_t CalcBlockMSE(uint32_t indexWord, uint32_t color0, uint32_t color1, const RgbTile& pixels,
                       uint32_t format) {

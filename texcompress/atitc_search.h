@@ -10,6 +10,15 @@
 
 namespace zorvan::texcompress {
 
+/// 16-bit codes of a block's end colours.
+struct BlockColors {
+    uint32_t color0, color1;
+};
+
+/// The end colours of a split. The legacy format has no mode bit: the order of its colours tells the decoder
+/// to use black, which may go wrong where they are about as bright.
+BlockColors CandidateColors(const Regions& regions, bool blackTrick, uint32_t format);
+
 /// The block's error: squared distances of source and decoded pixels, summed without weights.
 uint32_t CalcBlockMSE(uint32_t indexWord, uint32_t color0, uint32_t color1, const RgbTile& pixels,
                       uint32_t format);

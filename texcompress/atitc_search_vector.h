@@ -72,16 +72,27 @@ constexpr int SplitNumber(int l, int h) {
     return (15 - h) * 16 + l;
 }
 
-/// Replaces the errors of splits from l on below h where the palette that begins with black helps.
-inline F32 PatchBlackErrors(const SortedTile& tile, int l, int h, F32 errors) {
+/// Replaces the errors of some of the splits from l on below h.
+template <uint32_t Format>
+[[gnu::noinline]] inline F32 ReplaceErrors(const SortedTile& tile, int l, int h, F32 errors,
+                                           const I32& replaced) {
     for (int i = 0; i < kLanes && l + i < tile.begin[h]; ++i) {
-        if (tile.nearBlack[l + i] != 0) {
-            float error = errors[i];
-            ReplaceByBlackError(SplitAt(tile, l + i, h), error);
-            errors[i] = error;
+        if (replaced[i] != 0) {
+            errors[i] = static_cast<float>(SplitError(SplitAt(tile, l + i, h), Format));
         }
     }
     return errors;
+}
+
+/// Where the palette of splits from l on below h may begin with black: where that may help, and where the
+/// legacy format's decoder takes it so.
+template <uint32_t Format>
+[[gnu::always_inline]] inline I32 MayBeginWithBlack(const SortedTile& tile, int l, int h) {
+    const I32 helpful = LoadVector<I32>(tile.nearBlack + l) & tile.bright[h];
+    if (Format == TXC_FORMAT_ATC) {
+        return helpful;
+    }
+    return helpful | (LoadVector<I32>(tile.lowLuminance + l) > tile.highLuminance[h]);
 }
 
 /// The first of the splits with the smallest error among the lanes' best ones.
@@ -98,6 +109,7 @@ inline int FirstBest(const BestLanes& best, float& bestError) {
 /// Number of the first split with the smallest error; bestError receives that, less the squares. A split
 /// at equal luminances l and h equals the one at the pixel below h's run, which comes earlier; where
 /// there is none, all pixels are in region 3.
+template <uint32_t Format>
 inline int FindBestSplit(const SortedTile& tile, float& bestError) {
     constexpr float kNever = 16777216.0f;
     BestLanes best{F32{} + kNever, I32{}};
@@ -107,11 +119,11 @@ inline int FindBestSplit(const SortedTile& tile, float& bestError) {
             best.Offer(F32{} + tile.highError[h], I32{} + SplitNumber(0, h));
             break;
         }
-        const bool mayUseBlack = tile.mayUseBlack && tile.bright[h] != 0;
         for (int l = 0; l < top; l += kLanes) {
             F32 errors = PlainErrors(tile, l, h);
-            if (mayUseBlack) {
-                errors = PatchBlackErrors(tile, l, h, errors);
+            const I32 black = MayBeginWithBlack<Format>(tile, l, h);
+            if (AnyLane(black)) {
+                errors = ReplaceErrors<Format>(tile, l, h, errors, black);
             }
             const I32 valid = LaneNumbers() + l < top;
             best.Offer(valid ? errors : F32{} + kNever, LaneNumbers() + SplitNumber(l, h));
@@ -122,14 +134,15 @@ inline int FindBestSplit(const SortedTile& tile, float& bestError) {
 
 /// Finds the best split of a tile and stores the pixels' regions; false where no split's error is below
 /// the limit of the plain search.
+template <uint32_t Format>
 inline bool SearchSplits(const Tile& pixels, Tile& regions) {
     constexpr float kErrorLimit = 16 * 255 * 255;
     SortedTile tile;
     SortByLuminance(pixels, tile);
     FindRuns(tile);
-    QuantizeEnds(tile);
+    QuantizeEnds<Format>(tile);
     float error;
-    const int split = FindBestSplit(tile, error);
+    const int split = FindBestSplit<Format>(tile, error);
     const int h = 15 - split / 16;
     const int l = split % 16;
     for (int k = 0; k < 16; k += kLanes) {

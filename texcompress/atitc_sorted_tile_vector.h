@@ -2,6 +2,7 @@
 #ifndef ZORVAN_TEXCOMPRESS_ATITC_SORTED_TILE_VECTOR_H
 #define ZORVAN_TEXCOMPRESS_ATITC_SORTED_TILE_VECTOR_H
 
+#include "texcompress/texcompress.h"
 #include "texcompress/tile_group_vector.h"
 
 namespace zorvan::texcompress {
@@ -28,8 +29,9 @@ struct SortedTile {
     alignas(32) float highError[16];             ///< region 3's share of the error
     alignas(32) int32_t nearBlack[16];           ///< all ones where region 0's average is near black
     alignas(32) int32_t bright[16];              ///< all ones where region 3 is bright beside black
+    alignas(32) int32_t lowLuminance[16];        ///< the least one of region 0's code, of the legacy format
+    alignas(32) int32_t highLuminance[16];       ///< the greatest one of region 3's code, likewise
     float squares;                               ///< sum of all squared colour values
-    bool mayUseBlack;                            ///< some region 0 is near black
 };
 
 /// The widened code of Bits bits that the encoder chooses for an average; see NearestCode.
@@ -122,6 +124,11 @@ constexpr int kBrightChannel = 143;    // the smallest largest channel of a brig
 static_assert(100 * kNearBlackChannel / 255 < 15 && 100 * (kNearBlackChannel + 1) / 255 >= 15);
 static_assert(100 * kBrightChannel / 255 >= 56 && 100 * (kBrightChannel - 1) / 255 < 56);
 
+/// Bits of green in the colour of the darkest region.
+template <uint32_t Format>
+constexpr int kLowGreenBits = Format == TXC_FORMAT_ATC ? 5 : 6;
+
+template <uint32_t Format>
 inline void QuantizeEnds(SortedTile& tile) {
     alignas(32) float highCounts[16];
     alignas(32) float highSums[kChannels][16];
@@ -131,7 +138,6 @@ inline void QuantizeEnds(SortedTile& tile) {
             highSums[c][i] = static_cast<float>(tile.prefix[c][16] - tile.prefix[c][tile.begin[i]]);
         }
     }
-    I32 anyNearBlack{};
     for (int v = 0; v < 16; v += kLanes) {
         const auto lowCount = LoadVector<F32>(tile.endCount + v);
         const auto highCount = LoadVector<F32>(highCounts + v);
@@ -139,13 +145,16 @@ inline void QuantizeEnds(SortedTile& tile) {
         F32 highError{};
         I32 lowLargest{};
         I32 highLargest{};
+        I32 lows[kChannels];
+        I32 highs[kChannels];
         for (int c = 0; c < kChannels; ++c) {
             const auto lowSum = LoadVector<F32>(tile.endSum[c] + v);
             const auto highSum = LoadVector<F32>(highSums[c] + v);
             // Quotients are at least 1/16 off the next whole number: the division's rounding is harmless.
             const I32 lowAverage = ToInt(lowSum / lowCount);
             const I32 highAverage = ToInt(highSum / highCount);
-            const I32 low = DecodedNearest<5>(lowAverage);
+            const I32 low =
+                c == 1 ? DecodedNearest<kLowGreenBits<Format>>(lowAverage) : DecodedNearest<5>(lowAverage);
             const I32 high = c == 1 ? DecodedNearest<6>(highAverage) : DecodedNearest<5>(highAverage);
             lowError += ToFloat(low) * (lowCount * ToFloat(low) - 2 * lowSum);
             highError += ToFloat(high) * (highCount * ToFloat(high) - 2 * highSum);
@@ -153,15 +162,19 @@ inline void QuantizeEnds(SortedTile& tile) {
             highLargest = Max(highLargest, highAverage);
             StoreVector(tile.low[c] + v, low);
             StoreVector(tile.high[c] + v, high);
+            lows[c] = low;
+            highs[c] = high;
         }
         const I32 nearBlack = lowLargest <= kNearBlackChannel;
-        anyNearBlack |= nearBlack;
         StoreVector(tile.lowError + v, lowError);
         StoreVector(tile.highError + v, highError);
         StoreVector(tile.nearBlack + v, nearBlack);
         StoreVector(tile.bright + v, I32(highLargest >= kBrightChannel));
+        if (Format == TXC_FORMAT_ATC_LEGACY) {
+            StoreVector(tile.lowLuminance + v, LeastLuminance(lows[0], lows[1], lows[2]));
+            StoreVector(tile.highLuminance + v, GreatestLuminance(highs[0], highs[1], highs[2]));
+        }
     }
-    tile.mayUseBlack = AnyLane(anyNearBlack);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "texcompress/atitc_color.h"
 #include "texcompress/atitc_regions.h"
+#include "texcompress/atitc_search.h"
 
 namespace zorvan::texcompress {
 namespace {
@@ -39,20 +40,20 @@ bool BlackHelps(const SplitSums& split, int32_t (&medHigh)[3]) {
     return true;
 }
 
-void ReplaceByBlackError(const SplitSums& split, float& error) {
+int32_t SplitError(const SplitSums& split, uint32_t format) {
     Regions regions = RegionsOf(split);
-    if (!ApplyBlackTrickIfHelpful(regions)) {
-        return;
+    const bool black = ApplyBlackTrickIfHelpful(regions);
+    const BlockColors colors = CandidateColors(regions, black, format);
+    Palette palette;
+    SetDecoderColors(colors.color0, colors.color1, palette, format);
+    if (black && split.counts[2] == 0) {
+        palette[1] = palette[2];  // region 1 has taken the place of region 2
     }
-    const Rgb high = Color565To888(Color888To565(regions.colors[3]));
-    Rgb medHigh;
-    Color1555To888(Color888To1555(regions.colors[2], true), medHigh);
-    const Rgb medLow = DeriveMedLowFromHighAndMedHighColors(high, medHigh);
-    // Without a second region the first one has taken its place.
-    const Rgb& first = split.counts[2] > 0 ? medLow : medHigh;
-    error = static_cast<float>(RegionError(first, split.counts[1], split.sums[1]) +
-                               RegionError(medHigh, split.counts[2], split.sums[2]) +
-                               RegionError(high, split.counts[3], split.sums[3]));
+    int32_t error = 0;
+    for (size_t i = 0; i < palette.size(); ++i) {
+        error += RegionError(palette[i], split.counts[i], split.sums[i]);
+    }
+    return error;
 }
 
 }  // namespace zorvan::texcompress

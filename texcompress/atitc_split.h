@@ -16,9 +16,8 @@ struct SplitSums {
 /// becomes region 2: region 2, or region 1 if that is empty.
 bool BlackHelps(const SplitSums& split, int32_t (&medHigh)[3]);
 
-/// CalcBlockMSE of a split where black helps, in TXC_FORMAT_ATC and less the pixels' squares. Where
-/// black does not help, error stays as it is.
-void ReplaceByBlackError(const SplitSums& split, float& error);
+/// CalcBlockMSE of a split, less the pixels' squares. format is TXC_FORMAT_ATC or TXC_FORMAT_ATC_LEGACY.
+int32_t SplitError(const SplitSums& split, uint32_t format);
 
 }  // namespace zorvan::texcompress
 

@@ -41,6 +41,15 @@ struct Channels {
     return ToInt(19.0f * pixel.r + 38.0f * pixel.g + 7.0f * pixel.b) >> 6;
 }
 
+/// The least luminance that RGB565 codes with these decoded colours stand for.
+[[gnu::always_inline]] inline I32 LeastLuminance(const I32& red, const I32& green, const I32& blue) {
+    return LuminanceOf({ToFloat(red & 0xF8), ToFloat(green & 0xFC), ToFloat(blue & 0xF8)});
+}
+/// The greatest one.
+[[gnu::always_inline]] inline I32 GreatestLuminance(const I32& red, const I32& green, const I32& blue) {
+    return LuminanceOf({ToFloat(red | 7), ToFloat(green | 3), ToFloat(blue | 7)});
+}
+
 }  // namespace
 }  // namespace zorvan::texcompress
 
