@@ -1,8 +1,6 @@
 // A device on an off-screen surface, with a camera whose units are pixels.
 #pragma once
 
-#include <GLES2/gl2.h>
-
 #include "graphics/camera.h"
 #include "graphics/device.h"
 #include "shaders/shader.h"
@@ -23,41 +21,29 @@ inline constexpr ChannelBits kSurfaces[] = {{5, 6, 5, 0}, {8, 8, 8, 0}, kRgba888
 
 class PixelTest : public testing::Test {
   protected:
-    // A size whose reciprocal 16.16 holds exactly: sprites land on whole pixels.
-    static constexpr int kSize = 512;
-
-    // False (and the test is skipped with words) when the driver has no such surface.
-    bool Open(ChannelBits const& bits, int size = kSize) {
-        Close();
-        surface = Surface::Make(size, size, bits);
+    // Sizes whose reciprocals 16.16 holds exactly let sprites land on whole pixels.
+    explicit PixelTest(int side = 64, ChannelBits const& bits = kRgba8888)
+        : size(side), surface(Surface::Make(side, side, bits)) {}
+    void SetUp() override {
         if (surface == nullptr) {
-            return false;
+            GTEST_SKIP() << "the driver has no surface of these channel sizes";
         }
-        device = std::make_unique<GraphicsDeviceGL>();
-        EXPECT_EQ(device->Initialize(nullptr, DeviceFormat::Rgba8888, {size, size}), 1u);
-        device->PushCamera2D(Real(size + 1), Real(size + 1));
-        return true;
+        EXPECT_EQ(device.Initialize(nullptr, DeviceFormat::Rgba8888, {size, size}), 1u);
+        device.PushCamera2D(Real(size + 1), Real(size + 1));
     }
-    void Close() {
-        if (device != nullptr) {
-            delete device->solidShader;
-        }
+    void TearDown() override {
+        delete device.solidShader;
         Shader::ReleaseAll();
-        device.reset();
-        surface.reset();
     }
-    ~PixelTest() override { Close(); }
-
-    void ClearTo(Color const& color) {
-        device->SetClearColor(color);
-        device->Clear();
+    void ClearTo(int red, int green, int blue, int alpha = 255) {
+        device.SetClearColor({Byte(red), Byte(green), Byte(blue), Byte(alpha)});
+        device.Clear();
     }
     void Draw(Node& node) {
-        node.Update(*device, RealFixed{});
-        node.Render(*device);
+        node.Update(device, RealFixed{});
+        node.Render(device);
         surface->Read();
     }
-
     static RefT<SpriteGL> MakeSprite(int x, int y, int width, int height, Color const& color = {}) {
         RefT<SpriteGL> sprite = zorvan::MakeSprite(width, height);
         sprite->position.Set({Real(x), Real(y), RealFixed{}});
@@ -72,8 +58,9 @@ class PixelTest : public testing::Test {
         return texture;
     }
 
-    std::unique_ptr<Surface> surface;
-    std::unique_ptr<GraphicsDeviceGL> device;
+    const int size;
+    const std::unique_ptr<Surface> surface;
+    GraphicsDeviceGL device;
 };
 
 }  // namespace zorvan

@@ -7,31 +7,27 @@
 namespace zorvan {
 namespace {
 
-// Without a window system; never terminated, as the driver does not come back after that.
+// Without a window system; never terminated, for the drivers that do not come back after that.
 EGLDisplay Display() {
-    static const EGLDisplay display = [] {
-        const EGLDisplay opened =
-            eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
-        return eglInitialize(opened, nullptr, nullptr) == EGL_TRUE ? opened : EGL_NO_DISPLAY;
-    }();
-    return display;
+    static const EGLDisplay display = eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, nullptr, nullptr);
+    return eglInitialize(display, nullptr, nullptr) == EGL_TRUE ? display : EGL_NO_DISPLAY;
 }
 
 // EGL offers what has at least the bits asked for; take what has exactly them.
 EGLConfig ExactConfig(ChannelBits const& bits) {
     const EGLint wanted[] = {EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_RENDERABLE_TYPE, EGL_OPENGL_ES2_BIT,
                              EGL_NONE};
-    std::array<EGLConfig, 256> configs;
+    std::array<EGLConfig, 256> configs{};
     EGLint count = 0;
     eglChooseConfig(Display(), wanted, configs.data(), static_cast<EGLint>(configs.size()), &count);
-    constexpr EGLint kChannels[] = {EGL_RED_SIZE, EGL_GREEN_SIZE, EGL_BLUE_SIZE, EGL_ALPHA_SIZE};
-    for (EGLint i = 0; i < count; ++i) {
+    for (EGLConfig config : configs) {
         ChannelBits has{};
-        for (size_t channel = 0; channel < has.size(); ++channel) {
-            eglGetConfigAttrib(Display(), configs[static_cast<size_t>(i)], kChannels[channel], &has[channel]);
-        }
-        if (has == bits) {
-            return configs[static_cast<size_t>(i)];
+        eglGetConfigAttrib(Display(), config, EGL_RED_SIZE, &has[0]);
+        eglGetConfigAttrib(Display(), config, EGL_GREEN_SIZE, &has[1]);
+        eglGetConfigAttrib(Display(), config, EGL_BLUE_SIZE, &has[2]);
+        eglGetConfigAttrib(Display(), config, EGL_ALPHA_SIZE, &has[3]);
+        if (config != nullptr && has == bits) {
+            return config;
         }
     }
     return nullptr;
@@ -44,9 +40,11 @@ std::unique_ptr<Surface> Surface::Make(int width, int height, ChannelBits const&
     if (config == nullptr || eglBindAPI(EGL_OPENGL_ES_API) != EGL_TRUE) {
         return nullptr;
     }
-    std::unique_ptr<Surface> made(new Surface(width, height));
-    const EGLint version[] = {EGL_CONTEXT_CLIENT_VERSION, 2, EGL_NONE};
-    const EGLint size[] = {EGL_WIDTH, width, EGL_HEIGHT, height, EGL_NONE};
+    auto made = std::make_unique<Surface>();
+    const EGLint version[] = {EGL_CONTEXT_CLIENT_VERSION, 2, EGL_NONE},
+                 size[] = {EGL_WIDTH, width, EGL_HEIGHT, height, EGL_NONE};
+    made->width_ = width;
+    made->height_ = height;
     made->surface_ = eglCreatePbufferSurface(Display(), config, size);
     made->context_ = eglCreateContext(Display(), config, EGL_NO_CONTEXT, version);
     return eglMakeCurrent(Display(), made->surface_, made->surface_, made->context_) == EGL_TRUE

@@ -10,7 +10,6 @@ namespace zorvan {
 
 // Channel bits: red, green, blue, alpha.
 using ChannelBits = std::array<int, 4>;
-
 using Bytes = std::array<uint8_t, 4>;
 
 class Surface {
@@ -18,8 +17,6 @@ class Surface {
     // Current on this thread while it lives; null when the driver has no such surface.
     static std::unique_ptr<Surface> Make(int width, int height, ChannelBits const& bits);
     ~Surface();
-    Surface(Surface const&) = delete;
-    Surface& operator=(Surface const&) = delete;
 
     // Fetches what was drawn.
     void Read();
@@ -27,9 +24,7 @@ class Surface {
     Bytes At(int x, int y) const { return pixels_[static_cast<size_t>((height_ - 1 - y) * width_ + x)]; }
 
   private:
-    Surface(int width, int height) : width_(width), height_(height) {}
-
-    int width_, height_;
+    int width_ = 0, height_ = 0;
     void* surface_ = nullptr;
     void* context_ = nullptr;
     std::vector<Bytes> pixels_;

@@ -1,24 +1,24 @@
-// What the tests on the recording GL share: a device, and objects built without scene files.
+// What the tests on the recording GL share: a device, expected calls, and the engine's traces.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <cstring>
-#include <map>
-#include <numeric>
+#include <tuple>
+#include <utility>
 
+#include "core/trace.h"
 #include "graphics/camera.h"
 #include "graphics/device.h"
 #include "shaders/shader.h"
 #include "tests/plugin/objects.h"
-#include "tests/plugin/traces.h"
-#include "tests/recording_gl/recording_gl.h"
+#include "tests/recording_gl/recorder.h"
 
 namespace zorvan {
 
 using Lines = std::vector<std::string>;
+using Arrays = std::map<uint32_t, std::vector<int32_t>>;
+using recording_gl::Call;
 using recording_gl::script;
+using recording_gl::TakeCalls;
 
 inline std::string Replaced(std::string text, std::string const& from, std::string const& to) {
     for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
@@ -27,14 +27,15 @@ inline std::string Replaced(std::string text, std::string const& from, std::stri
     return text;
 }
 
-// Calls that stand in one literal, as in "glClear(0x4500); glFlush()", one on each line.
-inline std::string Calls(std::string const& text) {
-    return Replaced(text, "; ", "\n");
+// Calls that stand in one literal, as in "Clear(0x4500); UseProgram($)", one on each line, with a value for
+// $.
+inline std::string Calls(std::string const& text, std::string const& value = "") {
+    return Replaced(Replaced(text, "; ", "\n"), "$", value);
 }
 
-inline std::string TextsOf(std::vector<recording_gl::Call> const& calls) {
+inline std::string TextsOf(std::vector<Call> const& calls) {
     std::string text;
-    for (recording_gl::Call const& call : calls) {
+    for (Call const& call : calls) {
         text += (text.empty() ? "" : "\n") + call.text;
     }
     return text;
@@ -42,60 +43,86 @@ inline std::string TextsOf(std::vector<recording_gl::Call> const& calls) {
 
 // The calls since the last look.
 inline std::string Taken() {
-    return TextsOf(recording_gl::TakeCalls());
+    return TextsOf(TakeCalls());
 }
 
 constexpr char kLookUp[] =
-    "glGetAttribLocation($p, \"a_vPosition\"); glGetAttribLocation($p, \"a_vTexCoord\"); "
-    "glGetUniformLocation($p, \"u_sBaseTexture\"); glGetUniformLocation($p, \"u_mModelViewProj\"); "
-    "glGetUniformLocation($p, \"u_vColor\")";
+    "GetAttribLocation($, \"a_vPosition\"); GetAttribLocation($, \"a_vTexCoord\"); "
+    "GetUniformLocation($, \"u_sBaseTexture\"); GetUniformLocation($, \"u_mModelViewProj\"); "
+    "GetUniformLocation($, \"u_vColor\")";
 
-// The calls that build program 2, the first after the device's own, from one text for each shader.
-inline const std::string kBuild = Calls(Replaced(
-    "glCreateShader(GL_VERTEX_SHADER); glShaderSource(103, 1, *, null); glCompileShader(103); "
-    "glGetShaderiv(103, GL_COMPILE_STATUS, *); glCreateShader(GL_FRAGMENT_SHADER); "
-    "glShaderSource(104, 1, *, null); glCompileShader(104); glGetShaderiv(104, GL_COMPILE_STATUS, *); "
-    "glCreateProgram(); glAttachShader($p, 103); glAttachShader($p, 104); glLinkProgram($p); "
-    "glDeleteShader(103); glDeleteShader(104); glGetProgramiv($p, GL_LINK_STATUS, *); " +
-        std::string(kLookUp),
-    "$p", "2"));
+// The calls that build a program from one vertex text and fragment texts, when all programs before it were
+// built so.
+inline std::string Built(int program, int fragments = 1) {
+    const std::string text =
+        "CreateShader(VERTEX_SHADER); ShaderSource(@v, 1, *, null); CompileShader(@v); GetShaderiv(@v, "
+        "COMPILE_STATUS, *); CreateShader(FRAGMENT_SHADER); ShaderSource(@f, " +
+        std::to_string(fragments) +
+        ", *, null); CompileShader(@f); GetShaderiv(@f, COMPILE_STATUS, *); CreateProgram(); AttachShader($, "
+        "@v); AttachShader($, @f); LinkProgram($); DeleteShader(@v); DeleteShader(@f); GetProgramiv($, "
+        "LINK_STATUS, *); ";
+    return Calls(Replaced(Replaced(text + kLookUp, "@v", std::to_string(99 + 2 * program)), "@f",
+                          std::to_string(100 + 2 * program)),
+                 std::to_string(program));
+}
 
+// Collects what the engine traces while it lives.
+class Traces {
+  public:
+    Traces() {
+        Debug::SetSink(
+            [](void* texts, std::string_view text) { static_cast<Lines*>(texts)->emplace_back(text); },
+            &texts_);
+    }
+    ~Traces() { Debug::SetSink(nullptr, nullptr); }
+    Traces(Traces const&) = delete;
+    Lines Take() { return std::exchange(texts_, {}); }
+
+  private:
+    Lines texts_;
+};
+
+// A set-up device; the log starts empty. The device's own program is number 1.
 class RecordedTest : public testing::Test {
   protected:
-    RecordedTest() {
+    explicit RecordedTest(GraphicsDeviceGL* made = new GraphicsDeviceGL) : device(made) {
         recording_gl::Reset();
         device->Initialize(nullptr, DeviceFormat::Rgba8888, {640, 480});
-        recording_gl::TakeCalls();
+        TakeCalls();
     }
     ~RecordedTest() override {
         Shader::ReleaseAll();
-        ShaderGL* solid = device->solidShader;
+        const std::unique_ptr<ShaderGL> solid(device->solidShader);
         device.reset();
-        delete solid;
     }
-
     void Update(Node& node) { node.Update(*device, RealFixed{}); }
-    static std::vector<uint8_t> Bytes(Texture const& texture) {
-        return {texture.pixels.data, texture.pixels.data + texture.pixels.size};
+    std::vector<Call> Draw(Node& node) {
+        TakeCalls();
+        node.Render(*device);
+        return TakeCalls();
+    }
+    // The arrays at the last draw of a node.
+    Arrays DrawnArrays(Node& node) {
+        Arrays arrays;
+        for (Call const& call : Draw(node)) {
+            arrays = call.arrays.empty() ? arrays : call.arrays;
+        }
+        return arrays;
     }
 
-    std::unique_ptr<GraphicsDeviceGL> device = std::make_unique<GraphicsDeviceGL>();
+    std::unique_ptr<GraphicsDeviceGL> device;
+    Traces traces;
 };
 
-// Logs the device operations that bracket a drawing.
-class LoggingDevice : public GraphicsDeviceGL {
+// An object that says when it is deleted.
+template <typename Base>
+class Mortal : public Base {
   public:
-    void PushMasks(List<Mask*>& masks) override { Log("PushMasks ", masks.Count()); }
-    void PopMasks(List<Mask*>& masks) override { Log("PopMasks ", masks.Count()); }
-    void PushCamera(Camera*) override { log += "PushCamera; "; }
-    void PopCamera() override { log += "PopCamera; "; }
-    void PushCameraDepth(bool depth) override { Log("PushCameraDepth ", depth); }
-    void PopCameraDepth(bool depth) override { Log("PopCameraDepth ", depth); }
-    void SetCameraDepth(bool depth) override { Log("SetCameraDepth ", depth); }
-    std::string log;
+    explicit Mortal(bool& dead) : dead_(dead) {}
+    ~Mortal() override { dead_ = true; }
 
   private:
-    void Log(char const* name, uint32_t value) { log += name + std::to_string(value) + "; "; }
+    bool& dead_;
 };
 
 using Elements = std::array<int32_t, 16>;

@@ -1,10 +1,14 @@
-// Objects built without scene files.
+// Objects built from scene data in a few words, and what the transfer modes mean.
 #pragma once
 
+#include <GLES2/gl2.h>
 #include <gtest/gtest.h>
 
+#include <map>
 #include <numeric>
 
+#include "core/json_reader.h"
+#include "graphics/plugin.h"
 #include "objects/sprite.h"
 #include "objects/texture.h"
 #include "tests/empty_reader.h"
@@ -15,31 +19,69 @@ constexpr RealFixed Real(int value) {
     return RealFixed::FromInt(value);
 }
 
-inline RefT<SpriteGL> MakeSprite(int width, int height) {
-    RefT<SpriteGL> sprite(new SpriteGL);
-    sprite->width.Set(width);
-    sprite->height.Set(height);
-    EmptyReader reader;
-    EXPECT_TRUE(sprite->Load(reader));
-    return sprite;
+// What a transfer mode is to GL: blend factors, and what its programs do besides.
+enum class Snippet { None, Premultiply, SquareAlpha };
+enum class Shading { Tinted, AlphaTinted, Plain };
+struct Mode {
+    GLenum source = GL_SRC_ALPHA, destination = GL_ONE_MINUS_SRC_ALPHA;
+    Snippet snippet = Snippet::None;
+    Shading shading = Shading::Tinted;
+};
+
+inline Mode ModeOf(uint32_t number) {
+    static const std::map<uint32_t, Mode> exceptions = {
+        {4, {GL_SRC_ALPHA, GL_ONE}},
+        {5, {GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, Snippet::Premultiply, Shading::AlphaTinted}},
+        {6, {GL_ONE_MINUS_DST_COLOR, GL_ONE, Snippet::Premultiply, Shading::AlphaTinted}},
+        {23, {GL_DST_COLOR, GL_ONE_MINUS_SRC_ALPHA, Snippet::None, Shading::Plain}},
+        {25, {GL_ONE_MINUS_DST_COLOR, GL_ONE_MINUS_SRC_COLOR, Snippet::Premultiply, Shading::AlphaTinted}},
+        {27, {GL_DST_COLOR, GL_ONE_MINUS_SRC_ALPHA}},
+        {29, {GL_SRC_ALPHA, GL_ONE, Snippet::SquareAlpha, Shading::AlphaTinted}},
+    };
+    const auto found = exceptions.find(number);
+    return found == exceptions.end() ? Mode{} : found->second;
+}
+
+// A node of the scene format, its keys in single quotes; it may name one texture, "t".
+template <typename T = SpriteGL>
+RefT<T> Make(std::string json, Texture* texture = nullptr) {
+    static ClassRegistry registry;
+    static const uint32_t registered = ::Initialize(&registry);
+    std::replace(json.begin(), json.end(), '\'', '"');
+    JsonReader reader(registry);
+    if (texture != nullptr) {
+        texture->name = "t";
+        reader.AddTexture(texture);
+    }
+    EXPECT_TRUE(registered && reader.Parse(json));
+    RefT<T> node(static_cast<T*>(LoadNode(reader)));
+    EXPECT_EQ(reader.Error(), "");
+    return node;
+}
+
+inline RefT<SpriteGL> MakeSprite(int width, int height, std::string const& more = "",
+                                 Texture* texture = nullptr) {
+    return Make("{'class': 'Sprite', 'width': " + std::to_string(width) +
+                    ", 'height': " + std::to_string(height) + more + "}",
+                texture);
 }
 
 // A texture of complete levels, its bytes counting up from 0.
 inline RefT<TextureGL> MakeTexture(uint32_t format, int width, int height, uint32_t levels = 1) {
     RefT<TextureGL> texture(new TextureGL);
     texture->format.Set(format);
-    texture->width.Set(width);
-    texture->height.Set(height);
-    texture->usedWidth.Set(width);
-    texture->usedHeight.Set(height);
+    for (auto* side : {&texture->width, &texture->usedWidth}) {
+        side->Set(width);
+    }
+    for (auto* side : {&texture->height, &texture->usedHeight}) {
+        side->Set(height);
+    }
     List<TextureLevel> table;
     uint32_t offset = 0;
     for (uint32_t i = 0; i < levels; ++i) {
-        const auto w = static_cast<uint32_t>(width) >> i;
-        const auto h = static_cast<uint32_t>(height) >> i;
-        const uint32_t size = TextureDataSize(format, w, h);
-        table.Append({w, h, offset, size});
-        offset += size;
+        const auto w = static_cast<uint32_t>(width) >> i, h = static_cast<uint32_t>(height) >> i;
+        table.Append({w, h, offset, TextureDataSize(format, w, h)});
+        offset += table.Last().size;
     }
     EXPECT_TRUE(texture->SizePixelStore(offset));
     std::iota(texture->pixels.data, texture->pixels.data + offset, uint8_t{});

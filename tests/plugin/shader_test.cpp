@@ -1,172 +1,227 @@
-// Programs from source and from binaries, and what is traced when they fail.
-#include <GLES2/gl2.h>
+// The texts of programs, their building from source and from binaries, and what is traced when that fails.
+#include <filesystem>
+#include <fstream>
 
+#include "objects/text.h"
 #include "tests/plugin/fixture.h"
 
 namespace zorvan {
 namespace {
 
-class ShaderTest : public RecordedTest {
-  protected:
-    const SolidVertexShaderSource vertex;
-    const SolidFragmentShaderSource fragment{List<unsigned int>()};
-    Traces traces;
-};
+const std::string kBanner = "*** Shader Source ****************************************\n",
+                  kEnd = std::string(58, '*') + '\n';
 
-TEST_F(ShaderTest, CompileBuildsAndLooksUpLocations) {
-    ShaderGL shader;
-    EXPECT_EQ(shader.program, 0u);
-    ASSERT_TRUE(shader.Compile(vertex, fragment));
-    std::vector<recording_gl::Call> const calls = recording_gl::TakeCalls();
-    EXPECT_EQ(TextsOf(calls), kBuild);
-    EXPECT_EQ(calls[1].strings, Lines{vertex[0]});
-    EXPECT_EQ(calls[5].strings, Lines{fragment[0]});
-    EXPECT_EQ((std::array{shader.positionAttribute, shader.texCoordAttribute, shader.baseTextureUniform,
-                          shader.modelViewProjUniform, shader.colorUniform}),
-              (std::array{0, -1, -1, 3, 4}));
-
-    EXPECT_TRUE(shader.Use());
-    EXPECT_EQ(shader.GetGLShader(), 2u);
-    shader.ReleaseGLShader();
-    EXPECT_EQ(shader.program, 0u);
-    shader.ReleaseGLShader();
-    EXPECT_EQ(Taken(), Calls("glUseProgram(2); glDeleteProgram(2)"));
-    EXPECT_TRUE(traces.Take().empty());
+List<unsigned int> ListOf(std::vector<unsigned int> const& modes) {
+    List<unsigned int> list;
+    std::for_each(modes.begin(), modes.end(), [&list](unsigned int mode) { list.Append(mode); });
+    return list;
 }
 
-TEST_F(ShaderTest, FragmentsStaySeparateStrings) {
-    List<unsigned int> modes;
-    modes.Append(5);
-    modes.Append(4);
-    const SolidFragmentShaderSource several(modes);
-    RefT<ShaderGL> shader(ShaderGL::Create(vertex, several));
-    ASSERT_TRUE(shader);
-    EXPECT_EQ(shader->references, 1);
-    EXPECT_EQ(recording_gl::Calls()[5].text, "glShaderSource(104, 4, *, null)");
-    EXPECT_EQ(recording_gl::Calls()[5].strings, (Lines{several[0], several[1], "", several[3]}));
-    Taken();
+class ShaderTest : public RecordedTest {
+  protected:
+    // The texts of the program that was built since the last look: "|" ends a line, "#" a string, and "@"
+    // stands between the vertex and the fragment shader. Tabs may stand before the ends of lines.
+    static std::string TakeSources() {
+        const std::vector<Call> calls = TakeCalls();
+        std::string texts = "@";
+        for (std::string const& text : calls.at(5).strings) {
+            texts += text + "#";
+        }
+        texts = Replaced(calls.at(1).strings.at(0) + texts, "\n", "|");
+        while (texts.find("\t|") != std::string::npos) {
+            texts = Replaced(texts, "\t|", "|");
+        }
+        return texts;
+    }
+    const SolidVertexShaderSource vertex;
+    const SolidFragmentShaderSource fragment{List<unsigned int>()};
+};
+
+// Solid and text programs gather the snippets of all modes, a sprite's takes the last one's text. The blend
+// state follows the sprite's own mode.
+TEST_F(ShaderTest, TransferModes) {
+    const std::string position = "attribute vec4 a_vPosition;|", texCoord = "attribute vec2 a_vTexCoord;|";
+    const std::string transform =
+        "void main()|{|    vec4 pos = u_mModelViewProj * a_vPosition;|    gl_Position = pos / pos.w;|";
+    const std::string pass = "    v_vTexCoord = a_vTexCoord;|}|@";
+    const std::string color =
+        "#ifdef GL_FRAGMENT_PRECISION_HIGH|   precision highp float;|#else|   precision mediump "
+        "float;|#endif|uniform vec4 u_vColor;|";
+    const std::string sampler = "uniform sampler2D u_sBaseTexture;|varying vec2 v_vTexCoord;|";
+    const std::string sample = "gl_FragColor = texture2D(u_sBaseTexture, v_vTexCoord)";
+    const std::map<Snippet, std::string> snippets = {
+        {Snippet::None, "#"},
+        {Snippet::Premultiply, "\tvOutColor.rgb *= vOutColor.a;|#"},
+        {Snippet::SquareAlpha, "\tvOutColor.a *= vOutColor.a;|#"}};
+    const std::map<Shading, std::string> factors = {
+        {Shading::Tinted, "*u_vColor"}, {Shading::AlphaTinted, "*u_vColor.a"}, {Shading::Plain, ""}};
+    std::vector<std::vector<uint32_t>> chains = {
+        {}, {kNoTransferMode}, {5, 29}, {37, 6, 100, 23}, {23, kNoTransferMode}};
+    for (uint32_t mode = 0; mode < 37; ++mode) {
+        chains.push_back({mode});
+    }
+    const RefT<SpriteGL> sprite = MakeSprite(1, 1);
+    const RefT<TextGL> text(new TextGL);
+    uint32_t id = 0;
+    for (std::vector<uint32_t> const& chain : chains) {
+        SCOPED_TRACE(testing::PrintToString(chain));
+        std::string gathered = "#";
+        for (const uint32_t mode : chain) {
+            gathered += mode < 37 ? snippets.at(ModeOf(mode).snippet) : "";
+        }
+        const List<unsigned int> modes = ListOf(chain);
+        sprite->CreateSolidShader(++id, modes);
+        EXPECT_EQ(TakeSources(), position + "uniform mat4 u_mModelViewProj;||" + transform + "}|@" + color +
+                                     "|void main()|{|    " +
+                                     (chain.empty() ? "gl_FragColor = u_vColor;|}|#"
+                                                    : "vec4 vOutColor = u_vColor;|" + gathered +
+                                                          "    gl_FragColor = vOutColor;|}|#"));
+        text->CreateTextShader(++id, modes);
+        EXPECT_EQ(
+            TakeSources(),
+            position + texCoord + "varying vec2    v_vTexCoord;||uniform mat4    u_mModelViewProj;||" +
+                transform + pass + color + sampler + "|void main()|{|    " +
+                (chain.empty()
+                     ? sample + "*u_vColor;|}|#"
+                     : "vec4 l_vFontColor = texture2D(u_sBaseTexture, v_vTexCoord);|    l_vFontColor.a = "
+                       "1.0;|    vec4 vInColor = l_vFontColor*u_vColor;|    vec4 vOutColor = gl_FragColor;|" +
+                           gathered +
+                           "    gl_FragColor = gl_FragColor*(1.0-u_vColor.a)+vOutColor*u_vColor.a;|}|#"));
+        sprite->CreateSpriteShader(++id, modes);
+        const Mode last = chain.empty() ? Mode{} : ModeOf(chain.back());
+        EXPECT_EQ(TakeSources(), position + texCoord +
+                                     "uniform mat4    u_mModelViewProj;|varying vec2    v_vTexCoord;|" +
+                                     transform + pass + color + sampler + "void main()|{|\t" + sample +
+                                     factors.at(last.shading) + ";|}|#");
+        sprite->transferMode.Set(chain.empty() ? kNoTransferMode : chain.back());
+        const std::string blend =
+            recording_gl::Format(last.source) + ", " + recording_gl::Format(last.destination);
+        EXPECT_NE(TextsOf(Draw(*sprite)).find(Calls("; BlendEquation(FUNC_ADD); BlendFunc($); ", blend)),
+                  std::string::npos);
+    }
+}
+
+TEST_F(ShaderTest, SourcesAreTracedAndSaved) {
+    SolidFragmentShaderSource source(ListOf({29}));
+    source.Trace();
+    EXPECT_EQ(traces.Take(), (Lines{kBanner, source[0], source[1], source[2], kEnd}));
+    const std::filesystem::path path =
+        testing::TempDir() + "source" + std::to_string(testing::UnitTest::GetInstance()->random_seed());
+    ASSERT_TRUE(source.Save(MStringT<wchar_t>(path.wstring())));
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}),
+              std::string(source[0]) + source[1] + source[2]);
+    std::filesystem::remove(path);
+    EXPECT_FALSE(source.Save(MStringT<wchar_t>(L"/no/such/folder/source")));
+    EXPECT_FALSE(source.Save(MStringT<wchar_t>(L"/dev/full")));
+}
+
+TEST_F(ShaderTest, CompileBuildsAndLooksUpLocations) {
+    RefT<ShaderGL> shader(ShaderGL::Create(vertex, fragment));
+    EXPECT_EQ(Taken(), Built(2));
+    EXPECT_EQ((std::array{shader->positionAttribute, shader->texCoordAttribute, shader->baseTextureUniform,
+                          shader->modelViewProjUniform, shader->colorUniform}),
+              (std::array{0, -1, -1, 3, 4}));
+    EXPECT_TRUE(shader->Use());
+    EXPECT_EQ(shader->GetGLShader(), 2u);
+    shader->ReleaseGLShader();
+    shader->ReleaseGLShader();
+    EXPECT_EQ(Taken(), Calls("UseProgram(2); DeleteProgram(2)"));
+    ASSERT_TRUE(shader->Compile(vertex, fragment));
+    TakeCalls();
     shader = {};
-    EXPECT_EQ(Taken(), "glDeleteProgram(2)");
+    EXPECT_EQ(Taken(), "DeleteProgram(3)");
+    // What GL does not make is not traced.
+    script.refuseObjects = true;
+    ShaderGL refused;
+    EXPECT_EQ(refused.CompileGLShader(GL_VERTEX_SHADER, vertex), 0u);
+    EXPECT_FALSE(refused.CreateGLShader());
+    EXPECT_EQ(Taken(), Calls("CreateShader(VERTEX_SHADER); CreateProgram()"));
+    EXPECT_TRUE(traces.Take().empty());
 }
 
 // A shader that does not compile is traced with its log and its source; the link is tried all the same, with
 // 0 in the shader's place.
 TEST_F(ShaderTest, CompileFailures) {
-    const std::string longLog(2000, 'x');
-    struct Case {
-        std::optional<std::string> vertexError, fragmentError;
-        std::string linkLog;
-    };
-    const Case cases[] = {{"bad vertex", {}, "%s is no %% %n"}, {{}, "100%", "other"}, {"a", longLog, "c"}};
-    for (Case const& c : cases) {
+    using Error = std::optional<std::string>;
+    using Case = std::tuple<Error, Error, std::string>;
+    const std::string tooLong(2000, 'x');
+    for (auto const& [vertexError, fragmentError, linkError] :
+         {Case{"bad vertex", {}, "%s is no %% %n"}, {{}, "100%", "other"}, {"a", tooLong, "c"}}) {
         recording_gl::Reset();
-        script.vertexError = c.vertexError;
-        script.fragmentError = c.fragmentError;
-        script.linkError = c.linkLog;
+        script.vertexError = vertexError;
+        script.fragmentError = fragmentError;
+        script.linkError = linkError;
         EXPECT_EQ(ShaderGL::Create(vertex, fragment), nullptr);
-
-        std::string calls;
-        std::string attached;
-        std::string deleted;
+        std::string calls = Replaced(Built(1), Calls(kLookUp, "1"),
+                                     Calls("GetProgramInfoLog(1, 1024, *, *); DeleteProgram(1)"));
         Lines texts;
-        for (const bool isVertex : {true, false}) {
-            const std::string shader = isVertex ? "101" : "102";
-            std::optional<std::string> const& error = isVertex ? c.vertexError : c.fragmentError;
-            calls += Replaced(
-                "glCreateShader($t); glShaderSource($s, 1, *, null); glCompileShader($s); "
-                "glGetShaderiv($s, GL_COMPILE_STATUS, *); ",
-                "$s", shader);
-            calls = Replaced(calls, "$t", isVertex ? "GL_VERTEX_SHADER" : "GL_FRAGMENT_SHADER");
-            attached += "glAttachShader(1, " + (error ? "0" : shader) + "); ";
-            deleted += "glDeleteShader(" + (error ? "0" : shader) + "); ";
+        const auto expect = [&](Error const& error, std::string const& shader, std::string const& message,
+                                char const* source) {
             if (error) {
-                calls += "glGetShaderInfoLog(" + shader + ", 1024, *, *); glDeleteShader(" + shader + "); ";
-                texts.insert(
-                    texts.end(),
-                    {"Shader compile error [" + error->substr(0, 1023) + "]",
-                     isVertex ? "hVertexShader = CompileGLShader(GL_VERTEX_SHADER, shaderVertex)\n"
-                              : "hFragmentShader = CompileGLShader(GL_FRAGMENT_SHADER, shaderFragment)\n",
-                     "*** Shader Source ****************************************\n",
-                     isVertex ? vertex[0] : fragment[0], std::string(58, '*') + '\n'});
+                calls = Replaced(Replaced(calls, "AttachShader(1, " + shader, "AttachShader(1, 0"),
+                                 "DeleteShader(" + shader, "DeleteShader(0");
+                const std::string status = Calls("GetShaderiv($, COMPILE_STATUS, *); ", shader);
+                calls =
+                    Replaced(calls, status,
+                             status + Calls("GetShaderInfoLog($, 1024, *, *); DeleteShader($); ", shader));
+                texts.insert(texts.end(), {"Shader compile error [" + error->substr(0, 1023) + "]", message,
+                                           kBanner, source, kEnd});
             }
-        }
-        texts.push_back(c.linkLog);
-        EXPECT_EQ(Taken(), Calls(calls + "glCreateProgram(); " + attached + "glLinkProgram(1); " + deleted +
-                                 "glGetProgramiv(1, GL_LINK_STATUS, *); "
-                                 "glGetProgramInfoLog(1, 1024, *, *); glDeleteProgram(1)"));
+        };
+        expect(vertexError, "101", "hVertexShader = CompileGLShader(GL_VERTEX_SHADER, shaderVertex)\n",
+               vertex[0]);
+        expect(fragmentError, "102",
+               "hFragmentShader = CompileGLShader(GL_FRAGMENT_SHADER, shaderFragment)\n", fragment[0]);
+        texts.push_back(linkError);
+        EXPECT_EQ(Taken(), calls);
         EXPECT_EQ(traces.Take(), texts);
     }
 }
 
-TEST_F(ShaderTest, RefusedObjectsAreNotTraced) {
-    script.refuseShaders = true;
-    ShaderGL shader;
-    EXPECT_EQ(shader.CompileGLShader(GL_VERTEX_SHADER, vertex), 0u);
-    script.refusePrograms = true;
-    EXPECT_FALSE(shader.CreateGLShader());
-    EXPECT_EQ(Taken(), Calls("glCreateShader(GL_VERTEX_SHADER); glCreateProgram()"));
-    EXPECT_TRUE(traces.Take().empty());
-}
-
 // A program from a binary is built on first use. The process's first build fetches the entry point, later
-// ones never do.
+// ones never do. After a GL error the handle stays: the use that failed says so, the next one takes it for a
+// program.
 TEST_F(ShaderTest, Binaries) {
-    const std::string upload = "glCreateProgram(); glProgramBinaryOES($p, 0x8740, *, 5); glGetError()";
-    const std::string status = upload + "; glGetProgramiv($p, GL_LINK_STATUS, *); ";
-    const std::string built = status + kLookUp + "; glUseProgram($p)";
-    const std::string failed = status + "glGetProgramInfoLog($p, 1024, *, *); glDeleteProgram($p)";
-    // How two uses in a row go. After a GL error the handle stays: the call that failed says so, the next one
-    // takes it for a program.
-    struct Case {
-        std::optional<std::string> linkError;
-        std::deque<uint32_t> errors;
-        std::array<bool, 2> used;
-        std::array<GLuint, 2> program;
-        std::array<std::string, 2> calls;
-        Lines traced;
-    };
-    const Case cases[] = {
-        {{}, {}, {true, true}, {2, 2}, {built, "glUseProgram(2)"}, {}},
-        {"no such format",
-         {},
-         {false, false},
-         {0, 0},
-         {failed, Replaced(failed, "$p", "3")},
-         {"no such format"}},
-        {{}, {GL_INVALID_ENUM}, {false, true}, {2, 2}, {upload, "glUseProgram(2)"}, {}},
-    };
-    for (Case const& c : cases) {
+    const std::string upload = "CreateProgram(); ProgramBinaryOES($, 0x8740, *, 5); GetError()";
+    const std::string status = upload + "; GetProgramiv($, LINK_STATUS, *); ";
+    const std::string built = status + kLookUp + "; UseProgram($)";
+    const std::string failed = status + "GetProgramInfoLog($, 1024, *, *); DeleteProgram($)";
+    const std::optional<std::string> none, log = "no such format";
+    // What two uses in a row call.
+    using Case = std::tuple<std::optional<std::string>, std::deque<uint32_t>, std::string, std::string>;
+    for (auto const& [linkError, errors, first, second] :
+         {Case{none, {}, Calls(built, "1"), "UseProgram(1)"},
+          {log, {}, Calls(failed, "1"), Calls(failed, "2")},
+          {none, {GL_INVALID_ENUM}, Calls(upload, "1"), "UseProgram(1)"}}) {
         recording_gl::Reset();
-        glCreateProgram();
-        script.linkError = c.linkError;
-        script.errors["glProgramBinaryOES"] = c.errors;
+        script.linkError = linkError;
+        script.errors["ProgramBinaryOES"] = errors;
         EmptyReader reader;
         reader.numbers["identifier"] = 0x1234;
         reader.blobs["binary"] = {1, 2, 3, 4, 5};
         ShaderGL shader;
         EXPECT_TRUE(shader.Load(reader));
         EXPECT_EQ(shader.identifier.Get(), 0x1234u);
-        EXPECT_EQ(Taken(), "glCreateProgram()");
-        for (size_t i = 0; i < 2; ++i) {
-            EXPECT_EQ(shader.Use(), c.used[i]);
-            EXPECT_EQ(shader.program, c.program[i]);
-            for (recording_gl::Call const& call : recording_gl::Calls()) {
-                EXPECT_TRUE(!call.text.starts_with("glProgramBinaryOES") ||
-                            call.bytes == reader.blobs["binary"]);
-            }
-            EXPECT_EQ(Replaced(Taken(), "eglGetProcAddress(\"glProgramBinaryOES\")\n", ""),
-                      Calls(Replaced(c.calls[i], "$p", "2")));
-            EXPECT_EQ(traces.Take(), c.traced);
+        EXPECT_EQ(Taken(), "");
+        for (std::string const& expected : {first, second}) {
+            EXPECT_EQ(shader.Use(), expected.find("UseProgram") != std::string::npos);
+            EXPECT_EQ(shader.program, linkError ? 0u : 1u);
+            std::vector<Call> calls = TakeCalls();
+            std::erase_if(calls, [](Call const& call) { return call.text.starts_with("eglGetProcAddress"); });
+            EXPECT_EQ(TextsOf(calls), expected);
+            EXPECT_TRUE(calls.size() < 2 || calls[1].bytes == reader.blobs["binary"]);
         }
-        EXPECT_EQ(recording_gl::AddressLookups(), 1);
+        EXPECT_EQ(traces.Take(), linkError ? Lines(2, *linkError) : Lines());
         // Released with a lost context, the program is built again from the binary.
-        if (c.linkError == std::nullopt) {
-            shader.ReleaseGLShader();
+        shader.ReleaseGLShader();
+        if (!linkError) {
             EXPECT_TRUE(shader.Use());
             EXPECT_EQ(shader.texCoordAttribute, 1);
-            EXPECT_EQ(Taken(), Calls("glDeleteProgram(2); " + Replaced(built, "$p", "3")));
+            EXPECT_EQ(Taken(), Calls("DeleteProgram(1); ") + Calls(built, "2"));
         }
     }
+    EXPECT_EQ(recording_gl::addressLookups, 1);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Texts with their fonts, and timelines.
+// Texts with their fonts, and what brackets a drawing: camera, depth and masks, above all those of timelines.
 #include "objects/text.h"
 
 #include "objects/font.h"
@@ -8,156 +8,212 @@
 namespace zorvan {
 namespace {
 
+using Color = ColorT<RealFixed>;
+
 // Logs how the text calls the font; draws all the same.
 class LoggingFont : public FontGL {
   public:
-    void DrawString(GraphicsDevice& device, MStringT<wchar_t> const& text, ColorT<RealFixed> const& color,
+    void DrawString(GraphicsDevice& device, MStringT<wchar_t> const& text, Color const& color,
                     int letterSpacing, int lineSpacing) override {
-        log = testing::PrintToString(std::array{letterSpacing, lineSpacing});
-        drawn = color;
+        log = {color.red.raw, color.green.raw, color.blue.raw, color.alpha.raw, letterSpacing, lineSpacing};
         FontGL::DrawString(device, text, color, letterSpacing, lineSpacing);
     }
-    void DrawString(GraphicsDevice& device, MStringT<wchar_t> const& text, ColorT<RealFixed> const& color,
+    void DrawString(GraphicsDevice&, MStringT<wchar_t> const&, Color const& color,
                     SizeT<RealFixed> const& box, int alignment, int letterSpacing, int lineSpacing) override {
-        log = testing::PrintToString(std::array{box.width.raw >> 16, alignment, letterSpacing, lineSpacing});
-        drawn = color;
-        FontGL::DrawString(device, text, color, box, alignment, letterSpacing, lineSpacing);
+        log = {color.alpha.raw, box.width.raw >> 16, box.height.raw >> 16,
+               alignment,       letterSpacing,       lineSpacing};
     }
-    std::string log;
-    ColorT<RealFixed> drawn;
+    std::vector<int> log;
 };
 
 class TextTest : public RecordedTest {
   protected:
     TextTest() {
-        font->AddPage(MakeTexture(TextureFormat::Rgba8888, 4, 4).Get());
-        font->AddPage(MakeTexture(TextureFormat::Rgba8888, 8, 8).Get());
-        font->AddGlyph(
-            'a', {5, 7, 1, RealFixed{10}, RealFixed{20}, RealFixed{30}, RealFixed{40}, {}, {}, Real(6)});
+        for (const int side : {2, 4, 8}) {  // textures 201 to 203
+            const RefT<TextureGL> page = MakeTexture(TextureFormat::Rgba8888, side, side);
+            page->GetGLTexture();
+            font->AddPage(page.Get());
+        }
+        font->AddGlyph('a',
+                       {5, 7, 2, RealFixed{10}, RealFixed{20}, RealFixed{30}, RealFixed{40}, {}, {}, {}});
         EXPECT_TRUE(font->Initialize());
         text->font.Set(RefT<Font>(font.Get()));
-        text->string.Set(L"a");
-        text->color.Set({RealFixed{0x8000}, RealFixed{0x4000}, Real(1), RealFixed{0xC000}});
+        TakeCalls();
+    }
+    // The two passes of a glyph, for locations of the position and of the colour; a program may know no
+    // texture coordinates.
+    static std::string Glyph(std::string const& position, std::string const& color, bool coordinates) {
+        const std::string calls =
+            "VertexAttribPointer(@, 3, FIXED, 0, 0, *); EnableVertexAttribArray(@); BindTexture(TEXTURE_2D, "
+            "203); " +
+            std::string(coordinates
+                            ? "VertexAttribPointer(1, 2, FIXED, 0, 0, *); EnableVertexAttribArray(1); "
+                            : "") +
+            "Uniform4f($, 0.5, 0.25, 1, 1); BlendFunc(0, ONE_MINUS_SRC_COLOR); DrawArrays(5, 0, 4); "
+            "Uniform4f($, 0.5, 0.25, 1, 0.75); BlendFunc(SRC_ALPHA, 1); DrawArrays(5, 0, 4); " +
+            (coordinates ? "DisableVertexAttribArray(1); " : "") + "DisableVertexAttribArray(@)";
+        return Replaced(Calls(calls, color), "@", position);
     }
 
     RefT<LoggingFont> font{new LoggingFont};
-    RefT<TextGL> text{new TextGL};
+    RefT<TextGL> text = Make<TextGL>(
+        "{'class': 'Text', 'font': null, 'string': 'a', 'color': [0.5, 0.25, 1, 0.75], 'letterSpacing': 2, "
+        "'lineSpacing': 3, 'box': [50, 60], 'alignment': 'right'}");
 };
 
 TEST_F(TextTest, TwoPassesPerGlyph) {
-    text->Render(*device);
-    EXPECT_EQ(Taken(), "");
+    text->hasBox.Set(false);
+    EXPECT_TRUE(Draw(*text).empty());
     Update(*text);
-    EXPECT_EQ(Taken(), kBuild);
+    EXPECT_EQ(Taken(), Built(2));
     EXPECT_EQ(text->GetGLShader()->identifier.Get(), 0x798081F5u);
-    MakeTexture(0, 1, 1)->GetGLTexture();  // takes name 201
-    text->Render(*device);                 // uploads the page
-    Taken();
-    text->Render(*device);
-    const std::vector<recording_gl::Call> calls = recording_gl::TakeCalls();
-    EXPECT_EQ(TextsOf(calls),
-              Calls("glUseProgram(2); glUniformMatrix4fv(3, 1, 0, *); "
-                    "glVertexAttribPointer(0, 3, GL_FIXED, 0, 0, *); glEnableVertexAttribArray(0); "
-                    "glBindTexture(GL_TEXTURE_2D, 202); "
-                    "glVertexAttribPointer(1, 2, GL_FIXED, 0, 0, *); glEnableVertexAttribArray(1); "
-                    "glUniform4f(4, 0.5, 0.25, 1, 1); glBlendFunc(GL_ZERO, GL_ONE_MINUS_SRC_COLOR); "
-                    "glDrawArrays(GL_TRIANGLE_STRIP, 0, 4); glUniform4f(4, 0.5, 0.25, 1, 0.75); "
-                    "glBlendFunc(GL_SRC_ALPHA, GL_ONE); glDrawArrays(GL_TRIANGLE_STRIP, 0, 4); "
-                    "glDisableVertexAttribArray(1); glDisableVertexAttribArray(0)"));
-    constexpr int32_t kW = 5 << 16;
-    constexpr int32_t kH = 7 << 16;
-    const std::map<uint32_t, std::vector<int32_t>> arrays = {{0, {0, 0, 0, 0, kH, 0, kW, 0, 0, kW, kH, 0}},
-                                                             {1, {10, 40, 10, 20, 30, 40, 30, 20}}};
-    ASSERT_EQ(calls.size(), 15u);
-    EXPECT_EQ(calls[9].arrays, arrays);
-    EXPECT_EQ(calls[12].arrays, arrays);
+    const std::vector<Call> calls = Draw(*text);
+    EXPECT_EQ(TextsOf(calls), Calls("UseProgram(2); UniformMatrix4fv(3, 1, 0, *); ") + Glyph("0", "4", true));
+    constexpr int32_t kW = 5 << 16, kH = 7 << 16;
+    const Arrays arrays = {{0, {0, 0, 0, 0, kH, 0, kW, 0, 0, kW, kH, 0}},
+                           {1, {10, 40, 10, 20, 30, 40, 30, 20}}};
+    EXPECT_EQ(calls.at(9).arrays, arrays);
+    EXPECT_EQ(calls.at(12).arrays, arrays);
+    // A glyph takes the first of the programs that are drawn with; outside a text there is none.
+    ShaderGL first, second;
+    std::tie(first.positionAttribute, first.colorUniform) = std::tuple(6, 7);
     EXPECT_TRUE(device->shaders.IsEmpty());
+    font->RenderGlyph(*device, font->FindGlyph('a'), {}, text->color.Get());
+    EXPECT_EQ(Taken(), "");
+    device->shaders.Append(&first);
+    device->shaders.Append(&second);
+    font->RenderGlyph(*device, font->FindGlyph('a'), {}, text->color.Get());
+    EXPECT_EQ(Taken(), Glyph("6", "7", false));
 }
 
+// The larger of alpha and opacity (opacity when equal) loses its lowest bit.
 TEST_F(TextTest, FontGetsColourAndLayout) {
-    text->letterSpacing.Set(2);
-    text->lineSpacing.Set(3);
-    text->alignment.Set(4);
-    text->box.Set({Real(50), Real(60)});
-    // The larger of alpha and opacity (opacity when equal) loses its lowest bit.
-    struct Case {
-        int32_t alpha, opacity, product;
-    };
-    constexpr Case kCases[] = {{0x10000, 0x10000, 0x10000}, {0x10000, 0x8000, 0x8000},
-                               {0x10001, 0x10000, 0x10000}, {0x10000, 0x10001, 0x10000},
-                               {0xFFFF, 0x10000, 0xFFFF},   {0xFFFF, 0xFFFF, 0xFFFD}};
-    for (Case const& c : kCases) {
-        ColorT<RealFixed> color = text->color.Get();
-        color.alpha = RealFixed{c.alpha};
-        text->color.Set(color);
-        text->opacity.Set(RealFixed{c.opacity});
-        text->hasBox.Set(c.opacity == 0x8000);
-        Update(*text);
-        text->Render(*device);
-        color.alpha = RealFixed{c.product};
-        EXPECT_EQ(font->drawn, color) << c.alpha << ' ' << c.opacity;
-        EXPECT_EQ(font->log, text->hasBox.Get() ? "{ 50, 4, 2, 3 }" : "{ 2, 3 }");
+    const RefT<TransformNode> group(new TransformNode);
+    group->Attach(text.Get());
+    for (auto const& [alpha, opacity, product] : std::vector<std::array<int, 3>>{{0x10000, 0x10000, 0x10000},
+                                                                                 {0x10000, 0x8000, 0x8000},
+                                                                                 {0x10001, 0x10000, 0x10000},
+                                                                                 {0x10000, 0x10001, 0x10000},
+                                                                                 {0xFFFF, 0x10000, 0xFFFF},
+                                                                                 {0xFFFF, 0xFFFF, 0xFFFD}}) {
+        text->color.Set({RealFixed{1}, RealFixed{2}, RealFixed{3}, RealFixed{alpha}});
+        group->opacity.Set(RealFixed{opacity});
+        for (const bool box : {false, true}) {
+            text->hasBox.Set(box);
+            Update(*group);
+            group->Render(*device);
+            EXPECT_EQ(font->log, box ? (std::vector<int>{product, 50, 60, TextAlignment::Right, 2, 3})
+                                     : (std::vector<int>{1, 2, 3, product, 2, 3}));
+        }
     }
 }
 
 TEST_F(TextTest, ProgramsAreSharedByModes) {
-    RefT<TextGL> other(new TextGL);
+    const RefT<TextGL> copy(static_cast<TextGL*>(text->Clone()));
     Update(*text);
-    Update(*other);
-    EXPECT_EQ(other->GetGLShader(), text->GetGLShader());
-    Taken();
+    EXPECT_EQ(RefT<TextGL>(static_cast<TextGL*>(text->Clone()))->GetGLShader(), nullptr);
+    Update(*copy);
+    EXPECT_EQ(copy->GetGLShader(), text->GetGLShader());
     text->transferMode.Set(29);
     Update(*text);
-    EXPECT_NE(other->GetGLShader(), text->GetGLShader());
-    EXPECT_EQ(recording_gl::Calls()[5].text, "glShaderSource(106, 3, *, null)");
-    RefT<TextGL> copy(static_cast<TextGL*>(text->Clone()));
-    EXPECT_EQ(copy->GetGLShader(), nullptr);
-    EXPECT_EQ(copy->string.Get(), text->string.Get());
+    EXPECT_EQ(Taken(), Built(2) + "\n" + Built(3, 3));
 }
 
-TEST_F(TextTest, UnusableProgramDrawsNothing) {
-    Traces traces;
-    RefT<ShaderGL> broken(new ShaderGL);
-    text->SetGLShader(broken.Get());
-    script.linkError = "never";
-    text->Render(*device);
-    EXPECT_EQ(font->log, "");
-    // A font drawn outside a text has no program.
-    Taken();
-    script.linkError.reset();
-    font->RenderGlyph(*device, font->FindGlyph('a'), {}, {});
-    EXPECT_EQ(Taken(), "");
-    text->SetGLShader(nullptr);
-}
+// Logs the operations that bracket a drawing among the calls of GL, then does them.
+class LoggingDevice : public GraphicsDeviceGL {
+  public:
+    void PushMasks(List<Mask*>& masks) override { Log("PushMasks", masks.Count()); }
+    void PopMasks(List<Mask*>& masks) override { Log("PopMasks", masks.Count()); }
+    void PushCamera(Camera* camera) override {
+        recording_gl::Append("PushCamera", camera->name);
+        GraphicsDeviceGL::PushCamera(camera);
+    }
+    void PopCamera() override {
+        recording_gl::Append("PopCamera", cameras.Last()->name);
+        GraphicsDeviceGL::PopCamera();
+    }
+    void PushCameraDepth(bool depth) override {
+        GraphicsDeviceGL::PushCameraDepth(Log("PushCameraDepth", depth));
+    }
+    void PopCameraDepth(bool depth) override {
+        GraphicsDeviceGL::PopCameraDepth(Log("PopCameraDepth", depth));
+    }
+    void SetCameraDepth(bool depth) override {
+        GraphicsDeviceGL::SetCameraDepth(Log("SetCameraDepth", depth));
+    }
 
-class LoggingNode : public TransformNode {
-  protected:
-    void InternalRender(GraphicsDevice& device) override {
-        static_cast<LoggingDevice&>(device).log += "child; ";
+  private:
+    template <typename T>
+    T Log(char const* name, T value) {
+        recording_gl::Append(name, std::to_string(value));
+        return value;
     }
 };
 
-TEST(TimelineGL, BracketsItsSubtree) {
-    for (const bool camera : {false, true}) {
-        for (const bool mask : {false, true}) {
-            LoggingDevice device;
-            RefT<TimelineGL> timeline(new TimelineGL);
-            timeline->Attach(new LoggingNode);
-            timeline->depth.Set(camera);
-            if (camera) {
-                timeline->SetCamera(new CameraGL);
-            }
-            if (mask) {
-                timeline->AddMask(new Mask);
-            }
-            timeline->Render(device);
-            const std::string inner = mask ? "PushMasks 1; child; PopMasks 1; " : "child; ";
-            EXPECT_EQ(device.log,
-                      camera ? "PushCamera; PushCameraDepth 1; SetCameraDepth 1; " + inner +
-                                   "PopCameraDepth 1; PopCamera; "
-                             : "PushCameraDepth 0; SetCameraDepth 0; " + inner + "PopCameraDepth 0; ");
-        }
+class BracketTest : public RecordedTest {
+  protected:
+    BracketTest() : RecordedTest(new LoggingDevice) {}
+};
+
+// Each timeline pushes its camera, its depth and its masks, draws its subtree, and takes them back in
+// reverse.
+TEST_F(BracketTest, NestedTimelines) {
+    const auto root = Make<Node>(R"({'class': 'TransformNode', 'children': [
+        {'class': 'Timeline', 'masks': 2, 'camera': {'name': 'outer', 'orthographic': true, 'viewRectangle': [0, 0, 4, 1]}, 'children': [
+            {'class': 'Sprite'},
+            {'class': 'Timeline', 'depth': true, 'children': [
+                {'class': 'Timeline', 'depth': true, 'masks': 1, 'camera': {'name': 'inner', 'orthographic': true, 'viewRectangle': [0, 0, 8, 1]}, 'children': [
+                    {'class': 'Sprite', 'depth': true, 'masks': 3}]}]},
+            {'class': 'Sprite', 'depth': true}]},
+        {'class': 'Sprite', 'depth': true}]})");
+    Update(*root);
+    const auto sprite = [](std::string const& depth, std::string const& masks) {
+        return "SetCameraDepth(" + depth + "); PushMasks(" + masks +
+               "); UseProgram(2); UniformMatrix4fv(3, 1, 0, *); VertexAttribPointer(0, 3, FIXED, 0, 0, *); "
+               "EnableVertexAttribArray(0); BlendEquation(FUNC_ADD); BlendFunc(SRC_ALPHA, "
+               "ONE_MINUS_SRC_ALPHA); Uniform4f(4, 1, 1, 1, 1); DrawArrays(5, 0, 4); "
+               "DisableVertexAttribArray(0); PopMasks(" +
+               masks + "); ";
+    };
+    const std::vector<Call> calls = Draw(*root);
+    EXPECT_EQ(
+        TextsOf(calls) + "\n",
+        Calls("PushCamera(outer); PushCameraDepth(0); SetCameraDepth(0); PushMasks(2); " + sprite("0", "0") +
+              "PushCameraDepth(1); SetCameraDepth(1); PushCamera(inner); PushCameraDepth(1); "
+              "SetCameraDepth(1); PushMasks(1); " +
+              sprite("1", "3") + "PopMasks(1); PopCameraDepth(1); PopCamera(inner); PopCameraDepth(1); " +
+              sprite("1", "0") + "PopMasks(2); PopCameraDepth(0); PopCamera(outer); " + sprite("1", "0")));
+    // Below the outer timeline depth means its camera or the inner one's, beside it the default camera. An
+    // orthographic one scales by 2 / width.
+    std::vector<float> scales;
+    for (Call const& call : calls) {
+        scales.insert(scales.end(), call.floats.begin(), call.floats.begin() + !call.floats.empty());
     }
+    EXPECT_EQ(scales, (std::vector<float>{0.5f, 0.25f, 0.5f,
+                                          device->defaultCamera->GetProjectionMatrix()[0].ToFloat()}));
+}
+
+// A sprite puts its masks even around a program that cannot be used; a text knows none.
+TEST_F(BracketTest, UnusablePrograms) {
+    script.linkError = "never";
+    const RefT<ShaderGL> broken(new ShaderGL);
+    const RefT<SpriteGL> sprite = MakeSprite(1, 1, ", 'depth': true, 'masks': 1");
+    const auto text = Make<TextGL>("{'class': 'Text', 'font': null, 'depth': true, 'masks': 1}");
+    EXPECT_TRUE(Draw(*sprite).empty());
+    sprite->SetGLShader(broken.Get());
+    text->SetGLShader(broken.Get());
+    EXPECT_EQ(broken->references, 3);
+    const auto drawn = [&](Node& node) {
+        return Replaced(TextsOf(Draw(node)), "eglGetProcAddress(\"glProgramBinaryOES\")\n", "");
+    };
+    const std::string failing =
+        "CreateProgram(); ProgramBinaryOES($, 0x8740, null, 0); GetError(); GetProgramiv($, LINK_STATUS, *); "
+        "GetProgramInfoLog($, 1024, *, *); DeleteProgram($)";
+    EXPECT_EQ(drawn(*sprite), Calls("SetCameraDepth(1); PushMasks(1); " + failing + "; PopMasks(1)", "2"));
+    EXPECT_EQ(drawn(*text), Calls("SetCameraDepth(1); " + failing, "3"));
+    sprite->SetGLShader(nullptr);
+    text->SetGLShader(nullptr);
+    EXPECT_EQ(broken->references, 1);
 }
 
 }  // namespace

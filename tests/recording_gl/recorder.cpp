@@ -1,132 +1,82 @@
 #include "tests/recording_gl/recorder.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <iterator>
+#include <string_view>
 #include <utility>
-
-#include "tests/recording_gl/gl_objects.h"
 
 namespace recording_gl {
 namespace {
 
 std::vector<Call> calls;
-int addressLookups = 0;
 
-struct Name {
-    GLenum value;
-    char const* name;
-};
-#define NAME(x) \
-    { x, #x }
-constexpr Name kNames[] = {
-    NAME(GL_SRC_COLOR),
-    NAME(GL_ONE_MINUS_SRC_COLOR),
-    NAME(GL_SRC_ALPHA),
-    NAME(GL_ONE_MINUS_SRC_ALPHA),
-    NAME(GL_DST_COLOR),
-    NAME(GL_ONE_MINUS_DST_COLOR),
-    NAME(GL_FUNC_ADD),
-    NAME(GL_STENCIL_TEST),
-    NAME(GL_SCISSOR_TEST),
-    NAME(GL_CCW),
-    NAME(GL_DITHER),
-    NAME(GL_CULL_FACE),
-    NAME(GL_DEPTH_TEST),
-    NAME(GL_LEQUAL),
-    NAME(GL_BLEND),
-    NAME(GL_FIXED),
-    NAME(GL_TRIANGLE_STRIP),
-    NAME(GL_TEXTURE_2D),
-    NAME(GL_TEXTURE_MIN_FILTER),
-    NAME(GL_TEXTURE_MAG_FILTER),
-    NAME(GL_TEXTURE_WRAP_S),
-    NAME(GL_TEXTURE_WRAP_T),
-    NAME(GL_CLAMP_TO_EDGE),
-    NAME(GL_LINEAR),
-    NAME(GL_LINEAR_MIPMAP_LINEAR),
-    NAME(GL_RGB),
-    NAME(GL_RGBA),
-    NAME(GL_UNSIGNED_BYTE),
-    NAME(GL_UNSIGNED_SHORT_5_6_5),
-    NAME(GL_UNSIGNED_SHORT_5_5_5_1),
-    NAME(GL_UNSIGNED_SHORT_4_4_4_4),
-    NAME(GL_UNPACK_ALIGNMENT),
-    NAME(GL_PACK_ALIGNMENT),
-    NAME(GL_RED_BITS),
-    NAME(GL_GREEN_BITS),
-    NAME(GL_BLUE_BITS),
-    NAME(GL_VERTEX_SHADER),
-    NAME(GL_FRAGMENT_SHADER),
-    NAME(GL_COMPILE_STATUS),
-    NAME(GL_LINK_STATUS),
-};
-#undef NAME
+// Every enumerant that the plug-in uses, except those below 0x300, which names of objects may be.
+#define ENUMERANTS(...)                          \
+    constexpr int64_t kValues[] = {__VA_ARGS__}; \
+    constexpr std::string_view kNames = #__VA_ARGS__
+ENUMERANTS(GL_SRC_COLOR, GL_ONE_MINUS_SRC_COLOR, GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_DST_COLOR,
+           GL_ONE_MINUS_DST_COLOR, GL_FUNC_ADD, GL_STENCIL_TEST, GL_SCISSOR_TEST, GL_CCW, GL_DITHER,
+           GL_CULL_FACE, GL_DEPTH_TEST, GL_LEQUAL, GL_BLEND, GL_FIXED, GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER,
+           GL_TEXTURE_MAG_FILTER, GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE, GL_LINEAR,
+           GL_LINEAR_MIPMAP_LINEAR, GL_RGB, GL_RGBA, GL_UNSIGNED_BYTE, GL_UNSIGNED_SHORT_5_6_5,
+           GL_UNSIGNED_SHORT_5_5_5_1, GL_UNSIGNED_SHORT_4_4_4_4, GL_UNPACK_ALIGNMENT, GL_PACK_ALIGNMENT,
+           GL_RED_BITS, GL_GREEN_BITS, GL_BLUE_BITS, GL_VERTEX_SHADER, GL_FRAGMENT_SHADER, GL_COMPILE_STATUS,
+           GL_LINK_STATUS);
+
+template <typename T>
+std::string Print(char const* format, T value) {
+    char text[32];
+    std::snprintf(text, sizeof text, format, value);
+    return text;
+}
 
 }  // namespace
 
 Script script;
+int addressLookups = 0;
+GLenum pendingError = GL_NO_ERROR;
 
-std::string Format(Enum value) {
-    auto const* found = std::find_if(std::begin(kNames), std::end(kNames),
-                                     [value](Name const& name) { return name.value == value.value; });
-    return found == std::end(kNames) ? Format(Hex{value.value}) : found->name;
+std::string FormatInteger(int64_t value, bool isUnsigned) {
+    auto const* const found = std::find(std::begin(kValues), std::end(kValues), value);
+    if (found == std::end(kValues)) {
+        return isUnsigned && value >= 0x300 ? Print("0x%lX", static_cast<long>(value))
+                                            : std::to_string(value);
+    }
+    size_t at = 0;
+    for (auto const* before = std::begin(kValues); before != found; ++before) {
+        at = kNames.find(',', at) + 2;
+    }
+    return std::string(kNames.substr(at + 3, kNames.find(',', at) - at - 3));
 }
 
-std::string Format(Factor value) {
-    return value.value == GL_ZERO ? "GL_ZERO" : value.value == GL_ONE ? "GL_ONE" : Format(Enum{value.value});
-}
-
-std::string Format(Hex value) {
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%X", value.value);
-    return text;
+std::string Format(float value) {
+    return Print("%g", static_cast<double>(value));
 }
 
 std::string Format(char const* text) {
     return '"' + std::string(text) + '"';
 }
 
-std::string Format(float value) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%g", static_cast<double>(value));
-    return text;
-}
-
-Call& Append(char const* function, std::string const& arguments) {
-    RaiseScriptedError(function);
-    calls.emplace_back().text = function + ('(' + arguments) + ')';
+Call& Append(std::string const& function, std::string const& arguments) {
+    const std::string name = function.substr(function.starts_with("gl") ? 2 : 0);
+    if (std::deque<uint32_t>& errors = script.errors[name]; !errors.empty()) {
+        pendingError = pendingError != GL_NO_ERROR ? pendingError : errors.front();
+        errors.pop_front();
+    }
+    calls.emplace_back().text = name + '(' + arguments + ')';
     return calls.back();
-}
-
-void CountAddressLookup() {
-    ++addressLookups;
 }
 
 void Reset() {
     calls.clear();
-    script = Script{};
+    script = {};
+    pendingError = GL_NO_ERROR;
     ForgetObjects();
-}
-
-std::vector<Call> const& Calls() {
-    return calls;
 }
 
 std::vector<Call> TakeCalls() {
     return std::exchange(calls, {});
-}
-
-std::vector<std::string> TakeLines() {
-    std::vector<std::string> lines;
-    for (Call& call : calls) {
-        lines.push_back(std::move(call.text));
-    }
-    calls.clear();
-    return lines;
-}
-
-int AddressLookups() {
-    return addressLookups;
 }
 
 }  // namespace recording_gl

@@ -3,42 +3,30 @@
 
 #include <GLES2/gl2.h>
 
-#include <cstdio>
 #include <type_traits>
 
 #include "tests/recording_gl/recording_gl.h"
 
 namespace recording_gl {
 
-struct Enum {
-    GLenum value;
-};
-// Enumerants whose values 0 and 1 mean GL_ZERO and GL_ONE.
-struct Factor {
-    GLenum value;
-};
-struct Hex {
-    uint32_t value;
-};
+// The error that glGetError tells next.
+extern GLenum pendingError;
+void ForgetObjects();
 
-std::string Format(Enum value);
-std::string Format(Factor value);
-std::string Format(Hex value);
-std::string Format(char const* text);
+std::string FormatInteger(int64_t value, bool isUnsigned);
 std::string Format(float value);
+std::string Format(char const* text);
 template <typename T>
 std::string Format(T value) {
     if constexpr (std::is_pointer_v<T>) {
         return value == nullptr ? "null" : "*";
     } else {
-        return std::to_string(value);
+        return FormatInteger(value, std::is_unsigned_v<T>);
     }
 }
 
 // Appends an entry to the log and raises the error that the script has for this function.
-Call& Append(char const* function, std::string const& arguments);
-// For look-ups of extension functions.
-void CountAddressLookup();
+Call& Append(std::string const& function, std::string const& arguments);
 
 // The new entry, or null when the log is off.
 template <typename... Arguments>
@@ -52,3 +40,12 @@ Call* Record(char const* function, Arguments... arguments) {
 }
 
 }  // namespace recording_gl
+
+// A function with C linkage: the log shows the last arguments; then it evaluates its answer, which may use
+// call, the new entry.
+#define ANSWERED(result, name, parameters, answer, ...)                                             \
+    extern "C" result name parameters {                                                             \
+        [[maybe_unused]] auto* const call = recording_gl::Record(#name __VA_OPT__(, ) __VA_ARGS__); \
+        return result(answer);                                                                      \
+    }
+#define LOGGED(name, parameters, ...) ANSWERED(void, name, parameters, 0, __VA_ARGS__)

@@ -1,53 +1,24 @@
-// The EGL functions that the plug-in uses.
+// The EGL functions that the plug-in uses. Tests use small numbers as handles; the log shows them.
 #include <EGL/egl.h>
-#include <GLES2/gl2.h>
 
 #include <cstring>
 
 #include "tests/recording_gl/recorder.h"
 
-using recording_gl::Record;
+using Handle = intptr_t;
+using Function = __eglMustCastToProperFunctionPointerType;
 
-namespace {
+extern "C" void glProgramBinaryOES(GLuint program, GLenum format, void const* binary, GLint length);
 
-// Tests use small numbers as handles; the log shows them.
-long Handle(void* handle) {
-    return static_cast<long>(reinterpret_cast<intptr_t>(handle));
-}
-
-}  // namespace
-
-extern "C" {
-
-void glProgramBinaryOES(GLuint program, GLenum format, void const* binary, GLint length);
-
-EGLBoolean eglMakeCurrent(EGLDisplay display, EGLSurface draw, EGLSurface read, EGLContext context) {
-    Record("eglMakeCurrent", Handle(display), Handle(draw), Handle(read), Handle(context));
-    return EGL_TRUE;
-}
-
-EGLBoolean eglDestroySurface(EGLDisplay display, EGLSurface surface) {
-    Record("eglDestroySurface", Handle(display), Handle(surface));
-    return EGL_TRUE;
-}
-
-EGLBoolean eglDestroyContext(EGLDisplay display, EGLContext context) {
-    Record("eglDestroyContext", Handle(display), Handle(context));
-    return EGL_TRUE;
-}
-
-EGLBoolean eglTerminate(EGLDisplay display) {
-    Record("eglTerminate", Handle(display));
-    return EGL_TRUE;
-}
-
-__eglMustCastToProperFunctionPointerType eglGetProcAddress(char const* name) {
-    Record("eglGetProcAddress", name);
-    recording_gl::CountAddressLookup();
-    if (std::strcmp(name, "glProgramBinaryOES") != 0) {
-        return nullptr;
-    }
-    return reinterpret_cast<__eglMustCastToProperFunctionPointerType>(&glProgramBinaryOES);
-}
-
-}  // extern "C"
+ANSWERED(EGLBoolean, eglMakeCurrent,
+         (EGLDisplay display, EGLSurface draw, EGLSurface read, EGLContext context), EGL_TRUE,
+         Handle(display), Handle(draw), Handle(read), Handle(context))
+ANSWERED(EGLBoolean, eglDestroySurface, (EGLDisplay display, EGLSurface surface), EGL_TRUE, Handle(display),
+         Handle(surface))
+ANSWERED(EGLBoolean, eglDestroyContext, (EGLDisplay display, EGLContext context), EGL_TRUE, Handle(display),
+         Handle(context))
+ANSWERED(EGLBoolean, eglTerminate, (EGLDisplay display), EGL_TRUE, Handle(display))
+ANSWERED(Function, eglGetProcAddress, (char const* name),
+         (++recording_gl::addressLookups,
+          std::strcmp(name, "glProgramBinaryOES") == 0 ? &glProgramBinaryOES : nullptr),
+         name)

@@ -14,7 +14,8 @@ namespace recording_gl {
 
 // One logged call, with copies of what its pointers pointed to at that moment.
 struct Call {
-    // As in "glBlendFunc(GL_SRC_ALPHA, GL_ONE)". Pointers are "*" or "null", floats "%g", texts quoted.
+    // As in "BlendFunc(SRC_ALPHA, 1)": without the prefixes of GL. Enumerants below 0x300, such as GL_ONE and
+    // GL_TRIANGLE_STRIP (5), stand as numbers. Pointers are "*" or "null", floats "%g", texts quoted.
     std::string text;
     std::vector<float> floats;         // the matrix of glUniformMatrix4fv
     std::vector<std::string> strings;  // the fragments of glShaderSource
@@ -27,35 +28,21 @@ struct Call {
 struct Script {
     // False makes every function as empty as its answer allows, for measuring the caller's own time.
     bool logging = true;
-    // Compile and link failures with their logs; a link fails without a scripted log too when a shader is
-    // missing.
+    // Compile and link failures with their logs.
     std::optional<std::string> vertexError, fragmentError, linkError;
-    bool refuseShaders = false;  // glCreateShader answers 0
-    bool refusePrograms = false;
-    // GL errors that the next calls of a function raise, in order; 0 for none.
+    bool refuseObjects = false;  // glCreateShader and glCreateProgram answer 0
+    // GL errors that the next calls of a function raise, in order, by its name without "gl"; 0 for none.
     std::map<std::string, std::deque<uint32_t>> errors;
-    // Locations of attributes and uniforms. A program built from sources has only the names that its
-    // sources contain.
-    std::map<std::string, int> locations = {{"a_vPosition", 0},
-                                            {"a_vTexCoord", 1},
-                                            {"u_sBaseTexture", 2},
-                                            {"u_mModelViewProj", 3},
-                                            {"u_vColor", 4}};
     std::array<int, 3> colorBits = {8, 8, 8};  // red, green, blue
-    // glReadPixels writes the bytes 1, 2, 3, ... when true and leaves the memory alone otherwise.
-    bool fillPixels = true;
 };
 
 extern Script script;
+// Number of eglGetProcAddress calls of the whole process; Reset keeps it.
+extern int addressLookups;
 
 // Forgets the log, the script, the GL objects and the pending error.
 void Reset();
-std::vector<Call> const& Calls();
-// The texts of the log, which is empty afterwards.
-std::vector<std::string> TakeLines();
 // Moves the log out.
 std::vector<Call> TakeCalls();
-// Number of eglGetProcAddress calls of the whole process; Reset keeps it.
-int AddressLookups();
 
 }  // namespace recording_gl

@@ -1,349 +1,176 @@
 // The OpenGL ES 2.0 functions that the plug-in uses.
 #include <algorithm>
-#include <cstring>
+#include <numeric>
 #include <utility>
 
-#include "tests/recording_gl/gl_objects.h"
 #include "tests/recording_gl/recorder.h"
 
 namespace {
 
 using recording_gl::Call;
-using recording_gl::Enum;
-using recording_gl::Factor;
-using recording_gl::Hex;
-using recording_gl::Record;
+using recording_gl::pendingError;
 using recording_gl::script;
 
-struct ShaderObject {
-    GLenum type = 0;
-    std::string source;
-};
-
-struct ProgramObject {
-    std::string sources;
-    bool fromBinary = false;
-    bool incomplete = false;  // something that is no compiled shader was attached
-};
+// The names that programs know; the place in this list is the location.
+constexpr char const* kNames[] = {"a_vPosition", "a_vTexCoord", "u_sBaseTexture", "u_mModelViewProj",
+                                  "u_vColor"};
 
 struct ClientArray {
     bool enabled = false;
     GLint size = 0;
-    GLsizei stride = 0;
-    void const* data = nullptr;
+    int32_t const* data = nullptr;
 };
 
 // Names differ by kind, so that a log shows when one kind is taken for another.
-constexpr GLuint kFirstShader = 101;
-constexpr GLuint kFirstTexture = 201;
+struct Objects {
+    std::map<GLuint, std::pair<GLenum, std::string>> shaders;  // type and source, from 101 on
+    std::map<GLuint, std::string> programs;                    // sources, from 1 on
+    GLuint lastTexture = 200;
+    std::array<ClientArray, 8> arrays;
+} objects;
 
-std::map<GLuint, ShaderObject> shaders;
-std::map<GLuint, ProgramObject> programs;
-GLuint lastShader = kFirstShader - 1;
-GLuint lastProgram = 0;
-GLuint lastTexture = kFirstTexture - 1;
-std::array<ClientArray, 8> arrays;
-GLenum pendingError = GL_NO_ERROR;
-
-std::optional<std::string> const& ErrorOf(ShaderObject const& shader) {
-    return shader.type == GL_VERTEX_SHADER ? script.vertexError : script.fragmentError;
+template <typename T>
+GLuint Create(std::map<GLuint, T>& kind, size_t first, T const& object) {
+    const auto name = static_cast<GLuint>(first + kind.size());
+    return script.refuseObjects ? 0 : kind.emplace(name, object).first->first;
 }
 
-bool IsLinked(ProgramObject const& program) {
-    return !program.incomplete && !script.linkError;
-}
-
-void CopyLog(std::string const& log, GLsizei size, GLsizei* length, GLchar* text) {
-    const auto copied = std::min<size_t>(log.size(), static_cast<size_t>(std::max(size - 1, 0)));
-    std::memcpy(text, log.data(), copied);
-    text[copied] = '\0';
-    if (length != nullptr) {
-        *length = static_cast<GLsizei>(copied);
-    }
-}
-
-GLint LocationOf(GLuint program, char const* name) {
-    ProgramObject const& object = programs[program];
-    const auto found = script.locations.find(name);
-    const bool known = object.fromBinary || object.sources.find(name) != std::string::npos;
-    return known && found != script.locations.end() ? found->second : -1;
-}
-
-size_t BytesPerPixel(GLenum format, GLenum type) {
-    return type != GL_UNSIGNED_BYTE ? 2 : format == GL_RGB ? 3 : 4;
-}
-
-void CopyBytes(Call* call, void const* data, size_t size) {
+template <typename T, typename Count>
+void Copy(Call* call, std::vector<T> Call::*member, void const* data, Count count) {
     if (call != nullptr && data != nullptr) {
-        auto const* bytes = static_cast<uint8_t const*>(data);
-        call->bytes.assign(bytes, bytes + size);
+        (call->*member).assign(static_cast<T const*>(data), static_cast<T const*>(data) + count);
     }
+}
+
+void SetSource(Call* call, GLuint shader, std::vector<std::string> const& strings) {
+    if (call != nullptr) {
+        call->strings = strings;
+    }
+    objects.shaders[shader].second = std::accumulate(strings.begin(), strings.end(), std::string());
+}
+
+void LoadBinary(Call* call, GLuint program, void const* binary, GLint length) {
+    Copy(call, &Call::bytes, binary, length);
+    objects.programs[program] = std::accumulate(std::begin(kNames), std::end(kNames), std::string());
+}
+
+std::optional<std::string> const& ErrorOf(GLuint shader) {
+    return objects.shaders[shader].first == GL_VERTEX_SHADER ? script.vertexError : script.fragmentError;
+}
+
+void CopyLog(std::optional<std::string> const& log, GLsizei size, GLsizei* length, GLchar* text) {
+    *length = static_cast<GLsizei>(log.value_or("").copy(text, static_cast<size_t>(size - 1)));
+    text[*length] = '\0';
+}
+
+// -1 for a name that the program's sources do not contain.
+GLint LocationOf(GLuint program, char const* name) {
+    const auto place =
+        std::find(std::begin(kNames), std::end(kNames), std::string(name)) - std::begin(kNames);
+    return objects.programs[program].find(name) == std::string::npos ? -1 : static_cast<GLint>(place);
+}
+
+void SetArray(GLuint index, GLint size, void const* data) {
+    ClientArray& array = objects.arrays[index % 8];
+    array = {array.enabled, size, static_cast<int32_t const*>(data)};
+}
+
+void CopyArrays(Call* call, GLsizei vertices) {
+    for (uint32_t i = 0; call != nullptr && i < objects.arrays.size(); ++i) {
+        ClientArray const& array = objects.arrays[i];
+        if (array.enabled && array.data != nullptr) {
+            call->arrays[i].assign(array.data, array.data + array.size * vertices);
+        }
+    }
+}
+
+size_t ImageSize(GLsizei width, GLsizei height, GLenum format, GLenum type) {
+    const size_t pixel = type != GL_UNSIGNED_BYTE ? 2 : format == GL_RGB ? 3 : 4;
+    return pixel * static_cast<size_t>(width) * static_cast<size_t>(height);
 }
 
 }  // namespace
 
 void recording_gl::ForgetObjects() {
-    shaders.clear();
-    programs.clear();
-    lastShader = kFirstShader - 1;
-    lastProgram = 0;
-    lastTexture = kFirstTexture - 1;
-    arrays = {};
-    pendingError = GL_NO_ERROR;
+    objects = {};
 }
 
-void recording_gl::RaiseScriptedError(char const* function) {
-    const auto found = script.errors.find(function);
-    if (found != script.errors.end() && !found->second.empty()) {
-        if (pendingError == GL_NO_ERROR) {
-            pendingError = found->second.front();
-        }
-        found->second.pop_front();
-    }
-}
+LOGGED(glClearStencil, (GLint s), s)
+LOGGED(glEnable, (GLenum cap), cap)
+LOGGED(glDisable, (GLenum cap), cap)
+LOGGED(glFrontFace, (GLenum mode), mode)
+LOGGED(glDepthFunc, (GLenum func), func)
+LOGGED(glClearColor, (GLfloat r, GLfloat g, GLfloat b, GLfloat a), r, g, b, a)
+LOGGED(glClear, (GLbitfield mask), mask)
+LOGGED(glViewport, (GLint x, GLint y, GLsizei width, GLsizei height), x, y, width, height)
+LOGGED(glFlush, ())
+LOGGED(glPixelStorei, (GLenum name, GLint value), name, value)
+LOGGED(glBlendEquation, (GLenum mode), mode)
+LOGGED(glBlendFunc, (GLenum source, GLenum destination), source, destination)
+LOGGED(glCompileShader, (GLuint shader), shader)
+LOGGED(glDeleteShader, (GLuint shader), shader)
+LOGGED(glLinkProgram, (GLuint program), program)
+LOGGED(glDeleteProgram, (GLuint program), program)
+LOGGED(glUseProgram, (GLuint program), program)
+LOGGED(glUniform4f, (GLint location, GLfloat x, GLfloat y, GLfloat z, GLfloat w), location, x, y, z, w)
+LOGGED(glDeleteTextures, (GLsizei count, GLuint const* names), count, names[0])
+LOGGED(glBindTexture, (GLenum target, GLuint texture), target, texture)
+LOGGED(glTexParameteri, (GLenum target, GLenum name, GLint value), target, name, value)
 
-extern "C" {
+ANSWERED(GLenum, glGetError, (), std::exchange(pendingError, GL_NO_ERROR))
+ANSWERED(void, glGetIntegerv, (GLenum name, GLint* value), *value = script.colorBits.at(name - GL_RED_BITS),
+         name, value)
+ANSWERED(GLuint, glCreateShader, (GLenum type), Create(objects.shaders, 101, {type, std::string()}), type)
+ANSWERED(void, glShaderSource,
+         (GLuint shader, GLsizei count, GLchar const* const* strings, GLint const* lengths),
+         SetSource(call, shader, {strings, strings + count}), shader, count, strings, lengths)
+ANSWERED(void, glGetShaderiv, (GLuint shader, GLenum name, GLint* value), *value = !ErrorOf(shader), shader,
+         name, value)
+ANSWERED(void, glGetShaderInfoLog, (GLuint shader, GLsizei size, GLsizei* length, GLchar* log),
+         CopyLog(ErrorOf(shader), size, length, log), shader, size, length, log)
+ANSWERED(GLuint, glCreateProgram, (), Create(objects.programs, 1, std::string()))
+ANSWERED(void, glAttachShader, (GLuint program, GLuint shader),
+         objects.programs[program] += objects.shaders[shader].second, program, shader)
+ANSWERED(void, glGetProgramiv, (GLuint program, GLenum name, GLint* value), *value = !script.linkError,
+         program, name, value)
+ANSWERED(void, glGetProgramInfoLog, (GLuint program, GLsizei size, GLsizei* length, GLchar* log),
+         CopyLog(script.linkError, size, length, log), program, size, length, log)
+ANSWERED(GLint, glGetAttribLocation, (GLuint program, GLchar const* name), LocationOf(program, name), program,
+         name)
+ANSWERED(GLint, glGetUniformLocation, (GLuint program, GLchar const* name), LocationOf(program, name),
+         program, name)
+ANSWERED(void, glUniformMatrix4fv, (GLint location, GLsizei count, GLboolean transpose, GLfloat const* value),
+         Copy(call, &Call::floats, value, 16 * count), location, count, transpose, value)
+ANSWERED(void, glVertexAttribPointer,
+         (GLuint index, GLint size, GLenum type, GLboolean normalized, GLsizei stride, void const* data),
+         SetArray(index, size, data), index, size, type, normalized, stride, data)
+ANSWERED(void, glEnableVertexAttribArray, (GLuint index), objects.arrays[index % 8].enabled = true, index)
+ANSWERED(void, glDisableVertexAttribArray, (GLuint index), objects.arrays[index % 8].enabled = false, index)
+ANSWERED(void, glDrawArrays, (GLenum mode, GLint first, GLsizei count), CopyArrays(call, first + count), mode,
+         first, count)
+ANSWERED(void, glGenTextures, (GLsizei count, GLuint* names),
+         std::generate_n(names, count, [] { return ++objects.lastTexture; }), count, names)
+ANSWERED(void, glTexImage2D,
+         (GLenum target, GLint level, GLint internal, GLsizei width, GLsizei height, GLint border,
+          GLenum format, GLenum type, void const* data),
+         Copy(call, &Call::bytes, data, ImageSize(width, height, format, type)), target, level, internal,
+         width, height, border, format, type, data)
+ANSWERED(void, glCompressedTexImage2D,
+         (GLenum target, GLint level, GLenum internal, GLsizei width, GLsizei height, GLint border,
+          GLsizei size, void const* data),
+         Copy(call, &Call::bytes, data, size), target, level, internal, width, height, border, size, data)
+// Not a function of the library: handed out by eglGetProcAddress. A binary has every name.
+ANSWERED(void, glProgramBinaryOES, (GLuint program, GLenum format, void const* binary, GLint length),
+         LoadBinary(call, program, binary, length), program, format, binary, length)
 
-void glClearStencil(GLint s) {
-    Record("glClearStencil", s);
-}
-void glEnable(GLenum cap) {
-    Record("glEnable", Enum{cap});
-}
-void glDisable(GLenum cap) {
-    Record("glDisable", Enum{cap});
-}
-void glFrontFace(GLenum mode) {
-    Record("glFrontFace", Enum{mode});
-}
-void glDepthFunc(GLenum func) {
-    Record("glDepthFunc", Enum{func});
-}
-void glClearColor(GLfloat red, GLfloat green, GLfloat blue, GLfloat alpha) {
-    Record("glClearColor", red, green, blue, alpha);
-}
-void glClear(GLbitfield mask) {
-    Record("glClear", Hex{mask});
-}
-void glViewport(GLint x, GLint y, GLsizei width, GLsizei height) {
-    Record("glViewport", x, y, width, height);
-}
-void glFlush() {
-    Record("glFlush");
-}
-void glPixelStorei(GLenum name, GLint value) {
-    Record("glPixelStorei", Enum{name}, value);
-}
-void glBlendEquation(GLenum mode) {
-    Record("glBlendEquation", Enum{mode});
-}
-void glBlendFunc(GLenum source, GLenum destination) {
-    Record("glBlendFunc", Factor{source}, Factor{destination});
-}
-
-GLenum glGetError() {
-    Record("glGetError");
-    return std::exchange(pendingError, GL_NO_ERROR);
-}
-
-void glGetIntegerv(GLenum name, GLint* value) {
-    Record("glGetIntegerv", Enum{name}, value);
-    if (name >= GL_RED_BITS && name <= GL_BLUE_BITS) {
-        *value = script.colorBits[name - GL_RED_BITS];
-    }
-}
-
-void glReadPixels(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format, GLenum type, void* pixels) {
+// Writes the bytes 1, 2, 3, ... unless it fails.
+extern "C" void glReadPixels(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format, GLenum type,
+                             void* pixels) {
     const GLenum errorBefore = std::exchange(pendingError, GL_NO_ERROR);
-    Record("glReadPixels", x, y, width, height, Enum{format}, Enum{type}, pixels);
-    const bool failed = pendingError != GL_NO_ERROR;
+    recording_gl::Record("glReadPixels", x, y, width, height, format, type, pixels);
+    if (pendingError == GL_NO_ERROR) {
+        auto* const bytes = static_cast<uint8_t*>(pixels);
+        std::iota(bytes, bytes + ImageSize(width, height, format, type), uint8_t{1});
+    }
     pendingError = errorBefore != GL_NO_ERROR ? errorBefore : pendingError;
-    if (script.fillPixels && !failed) {
-        auto* bytes = static_cast<uint8_t*>(pixels);
-        const size_t size =
-            static_cast<size_t>(width) * static_cast<size_t>(height) * BytesPerPixel(format, type);
-        for (size_t i = 0; i < size; ++i) {
-            bytes[i] = static_cast<uint8_t>(i + 1);
-        }
-    }
 }
-
-GLuint glCreateShader(GLenum type) {
-    Record("glCreateShader", Enum{type});
-    if (script.refuseShaders) {
-        return 0;
-    }
-    shaders[++lastShader].type = type;
-    return lastShader;
-}
-
-void glShaderSource(GLuint shader, GLsizei count, GLchar const* const* strings, GLint const* lengths) {
-    Call* call = Record("glShaderSource", shader, count, strings, lengths);
-    for (GLsizei i = 0; i < count; ++i) {
-        shaders[shader].source += strings[i];
-        if (call != nullptr) {
-            call->strings.emplace_back(strings[i]);
-        }
-    }
-}
-
-void glCompileShader(GLuint shader) {
-    Record("glCompileShader", shader);
-}
-
-void glGetShaderiv(GLuint shader, GLenum name, GLint* value) {
-    Record("glGetShaderiv", shader, Enum{name}, value);
-    *value = ErrorOf(shaders[shader]) ? GL_FALSE : GL_TRUE;
-}
-
-void glGetShaderInfoLog(GLuint shader, GLsizei size, GLsizei* length, GLchar* log) {
-    Record("glGetShaderInfoLog", shader, size, length, static_cast<void*>(log));
-    CopyLog(ErrorOf(shaders[shader]).value_or(""), size, length, log);
-}
-
-void glDeleteShader(GLuint shader) {
-    Record("glDeleteShader", shader);
-}
-
-GLuint glCreateProgram() {
-    Record("glCreateProgram");
-    if (script.refusePrograms) {
-        return 0;
-    }
-    programs[++lastProgram] = {};
-    return lastProgram;
-}
-
-void glAttachShader(GLuint program, GLuint shader) {
-    Record("glAttachShader", program, shader);
-    const auto found = shaders.find(shader);
-    if (found == shaders.end()) {
-        programs[program].incomplete = true;
-        pendingError = GL_INVALID_VALUE;
-    } else {
-        programs[program].sources += found->second.source;
-    }
-}
-
-void glLinkProgram(GLuint program) {
-    Record("glLinkProgram", program);
-}
-
-void glGetProgramiv(GLuint program, GLenum name, GLint* value) {
-    Record("glGetProgramiv", program, Enum{name}, value);
-    *value = IsLinked(programs[program]) ? GL_TRUE : GL_FALSE;
-}
-
-void glGetProgramInfoLog(GLuint program, GLsizei size, GLsizei* length, GLchar* log) {
-    Record("glGetProgramInfoLog", program, size, length, static_cast<void*>(log));
-    CopyLog(script.linkError.value_or("a shader is missing"), size, length, log);
-}
-
-void glDeleteProgram(GLuint program) {
-    Record("glDeleteProgram", program);
-}
-void glUseProgram(GLuint program) {
-    Record("glUseProgram", program);
-}
-
-GLint glGetAttribLocation(GLuint program, GLchar const* name) {
-    Record("glGetAttribLocation", program, name);
-    return LocationOf(program, name);
-}
-
-GLint glGetUniformLocation(GLuint program, GLchar const* name) {
-    Record("glGetUniformLocation", program, name);
-    return LocationOf(program, name);
-}
-
-void glUniformMatrix4fv(GLint location, GLsizei count, GLboolean transpose, GLfloat const* value) {
-    Call* call = Record("glUniformMatrix4fv", location, count, static_cast<int>(transpose),
-                        static_cast<void const*>(value));
-    if (call != nullptr) {
-        call->floats.assign(value, value + 16 * count);
-    }
-}
-
-void glUniform4f(GLint location, GLfloat x, GLfloat y, GLfloat z, GLfloat w) {
-    Record("glUniform4f", location, x, y, z, w);
-}
-
-void glVertexAttribPointer(GLuint index, GLint size, GLenum type, GLboolean normalized, GLsizei stride,
-                           void const* data) {
-    Record("glVertexAttribPointer", index, size, Enum{type}, static_cast<int>(normalized), stride, data);
-    if (index < arrays.size()) {
-        arrays[index].size = size;
-        arrays[index].stride = stride;
-        arrays[index].data = data;
-    }
-}
-
-void glEnableVertexAttribArray(GLuint index) {
-    Record("glEnableVertexAttribArray", index);
-    if (index < arrays.size()) {
-        arrays[index].enabled = true;
-    }
-}
-
-void glDisableVertexAttribArray(GLuint index) {
-    Record("glDisableVertexAttribArray", index);
-    if (index < arrays.size()) {
-        arrays[index].enabled = false;
-    }
-}
-
-void glDrawArrays(GLenum mode, GLint first, GLsizei count) {
-    Call* call = Record("glDrawArrays", Enum{mode}, first, count);
-    if (call == nullptr) {
-        return;
-    }
-    for (GLuint i = 0; i < arrays.size(); ++i) {
-        if (arrays[i].enabled && arrays[i].data != nullptr) {
-            auto const* values = static_cast<int32_t const*>(arrays[i].data);
-            call->arrays[i].assign(values, values + arrays[i].size * (first + count));
-        }
-    }
-}
-
-void glGenTextures(GLsizei count, GLuint* names) {
-    Record("glGenTextures", count, names);
-    for (GLsizei i = 0; i < count; ++i) {
-        names[i] = ++lastTexture;
-    }
-}
-
-void glDeleteTextures(GLsizei count, GLuint const* names) {
-    Record("glDeleteTextures", count, names[0]);
-}
-
-void glBindTexture(GLenum target, GLuint texture) {
-    Record("glBindTexture", Enum{target}, texture);
-}
-
-void glTexParameteri(GLenum target, GLenum name, GLint value) {
-    Record("glTexParameteri", Enum{target}, Enum{name}, Enum{static_cast<GLenum>(value)});
-}
-
-void glTexImage2D(GLenum target, GLint level, GLint internal, GLsizei width, GLsizei height, GLint border,
-                  GLenum format, GLenum type, void const* data) {
-    Call* call = Record("glTexImage2D", Enum{target}, level, Enum{static_cast<GLenum>(internal)}, width,
-                        height, border, Enum{format}, Enum{type}, data);
-    CopyBytes(call, data,
-              static_cast<size_t>(width) * static_cast<size_t>(height) * BytesPerPixel(format, type));
-}
-
-void glCompressedTexImage2D(GLenum target, GLint level, GLenum internal, GLsizei width, GLsizei height,
-                            GLint border, GLsizei size, void const* data) {
-    Call* call = Record("glCompressedTexImage2D", Enum{target}, level, Enum{internal}, width, height, border,
-                        size, data);
-    CopyBytes(call, data, static_cast<size_t>(size));
-}
-
-// Not a function of the library: handed out by eglGetProcAddress.
-void glProgramBinaryOES(GLuint program, GLenum format, void const* binary, GLint length) {
-    Call* call = Record("glProgramBinaryOES", program, Enum{format}, binary, length);
-    CopyBytes(call, binary, static_cast<size_t>(length));
-    programs[program].fromBinary = true;
-}
-
-}  // extern "C"
