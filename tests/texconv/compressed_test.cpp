@@ -9,36 +9,31 @@ constexpr std::uint32_t kWidth = 7;
 constexpr std::uint32_t kHeight = 5;
 constexpr std::size_t kPixels = std::size_t{kWidth} * kHeight;
 
-// How each format reaches the codecs. ATITC without interpolated alpha has entry points of its own.
+// How each format reaches the codecs. ATITC without interpolated alpha has entry points of its own, which
+// take empty images.
 struct BlockFormat {
-    std::uint32_t format;
-    std::uint32_t codec;
-    std::uint32_t encodeFlags;
-    std::uint32_t decodeFlags;
+    std::uint32_t format, codec, encodeFlags, decodeFlags;
     std::uint32_t channels;  // of R, G, B that survive decoding
-    const char* encodeError;
-    const char* decodeError;
+    const char* name;        // in messages
     bool Atitc() const { return encodeFlags == 1 || encodeFlags == 2; }
+    std::string EncodeError() const {
+        if (Atitc()) {
+            return "ATI_TC_Encode returned an error trying to encode the image";
+        }
+        const bool library = format == FMT_ATITC_RGBA_INTERPOLATED;
+        return std::string("TxCompressEncode ") + (library ? "(texcompress.lib) " : "") +
+               "returned an error trying to encode the image using " +
+               (format == FMT_ETC1_RGB8 ? "ETC" : name);
+    }
 };
 
 const BlockFormat kBlockFormats[] = {
-    {FMT_ATITC_RGBA_EXPLICIT, TXC_FORMAT_ATC, 2, 2, 3,
-     "ATI_TC_Encode returned an error trying to encode the image", nullptr},
-    {FMT_ATITC_RGB, TXC_FORMAT_ATC, 1, 1, 3, "ATI_TC_Encode returned an error trying to encode the image",
-     nullptr},
-    {FMT_ATITC_RGBA_INTERPOLATED, TXC_FORMAT_ATC, 18, 18, 3,
-     "TxCompressEncode (texcompress.lib) returned an error trying to encode the image using "
-     "ATC_RGBA_INTERPOLATED_ALPHA",
-     "Error calling TxCompressDecode (texcompress.lib) for ATC_RGBA_INTERPOLATED_ALPHA"},
-    {FMT_ETC1_RGB8, TXC_FORMAT_ETC1, 0, 1, 3,
-     "TxCompressEncode returned an error trying to encode the image using ETC",
-     "Error calling TxCompressDecode (texcompress.lib) for ETC1_RGB8"},
-    {FMT_3DC_X, TXC_FORMAT_ATI1N, 0, 2, 1,
-     "TxCompressEncode returned an error trying to encode the image using 3DC_X",
-     "Error calling TxCompressDecode (texcompress.lib) for 3DC_X"},
-    {FMT_3DC_XY, TXC_FORMAT_ATI2N, 0, 2, 2,
-     "TxCompressEncode returned an error trying to encode the image using 3DC_XY",
-     "Error calling TxCompressDecode (texcompress.lib) for 3DC_XY"},
+    {FMT_ATITC_RGBA_EXPLICIT, TXC_FORMAT_ATC, 2, 2, 3, nullptr},
+    {FMT_ATITC_RGB, TXC_FORMAT_ATC, 1, 1, 3, nullptr},
+    {FMT_ATITC_RGBA_INTERPOLATED, TXC_FORMAT_ATC, 18, 18, 3, "ATC_RGBA_INTERPOLATED_ALPHA"},
+    {FMT_ETC1_RGB8, TXC_FORMAT_ETC1, 0, 1, 3, "ETC1_RGB8"},
+    {FMT_3DC_X, TXC_FORMAT_ATI1N, 0, 2, 1, "3DC_X"},
+    {FMT_3DC_XY, TXC_FORMAT_ATI2N, 0, 2, 2, "3DC_XY"},
 };
 
 // Noise: the fast encoder complains about its quality.
@@ -64,36 +59,33 @@ Bytes EncodedDirectly(const BlockFormat& to, std::uint32_t size, bool fast = fal
 TEST(Compressed, EncodersGetTheWorkingImage) {
     for (const BlockFormat& to : kBlockFormats) {
         SCOPED_TRACE(FindFormat(to.format)->name);
-        TestImage source = Picture();
-        TestImage destination(kWidth, kHeight, to.format);
-        const std::uint32_t size = destination.Size();
-        destination.Data() = Bytes(size + 8, 0xEE);
+        const std::uint32_t size = TestImage(kWidth, kHeight, to.format).Size();
+        TestImage roomy(kWidth, kHeight, to.format, Bytes(size + 8, 0xEE));
         Bytes expected = EncodedDirectly(to, size);
         expected.insert(expected.end(), 8, 0xEE);
-        EXPECT_EQ(Convert(source, destination), expected);
-        EXPECT_EQ(destination.DataSize(), to.Atitc() ? size + 8 : size);
+        EXPECT_EQ(Convert(Picture(), roomy), expected);
+        EXPECT_EQ(roomy.DataSize(), to.Atitc() ? size + 8 : size);
 
         // One byte short: the encoders refuse.
-        destination.Data() = Bytes(size - 1, 0xEE);
-        EXPECT_EQ(MessagesOf([&] { Qonvert(source.Get(), destination.Get()); }),
-                  (std::vector<std::string>{"m_pDst->nDataSize is to small", to.encodeError}));
-        EXPECT_EQ(destination.Data(), Bytes(size - 1, 0xEE));
+        TestImage tight(kWidth, kHeight, to.format, Bytes(size - 1, 0xEE));
+        EXPECT_EQ(MessagesOf([&] { Qonvert(Picture().Get(), tight.Get()); }),
+                  (std::vector<std::string>{"m_pDst->nDataSize is to small", to.EncodeError()}));
+        EXPECT_EQ(tight.Data(), Bytes(size - 1, 0xEE));
     }
 }
 
 TEST(Compressed, FastEncoderOnlyWhenAskedForByOne) {
     for (const std::uint32_t fast : {0u, 1u, 2u}) {
-        TestImage source = Picture();
-        TestImage destination(kWidth, kHeight, FMT_ATITC_RGB);
-        destination.With(&TFormatFlags::nFastCompress, fast).Allocate();
-        const auto messages = MessagesOf([&] { Qonvert(source.Get(), destination.Get()); });
+        TestImage destination(kWidth, kHeight, FMT_ATITC_RGB, {}, Flags{.fast = fast});
+        destination.Allocate();
+        const auto messages = MessagesOf([&] { Qonvert(Picture().Get(), destination.Get()); });
         EXPECT_EQ(destination.Data(), EncodedDirectly(kBlockFormats[1], destination.Size(), fast == 1));
         EXPECT_EQ(messages, std::vector<std::string>(fast == 1 ? 1 : 0,
                                                      "Fast ATI_TC_Encode returned a low quality error"));
     }
 }
 
-TEST(Compressed, DecodersFillTheWorkingImage) {
+TEST(Compressed, DecodersGiveTheirRows) {
     for (const BlockFormat& from : kBlockFormats) {
         SCOPED_TRACE(FindFormat(from.format)->name);
         TestImage blocks(kWidth, kHeight, from.format);
@@ -118,14 +110,15 @@ TEST(Compressed, DecodersFillTheWorkingImage) {
         EXPECT_EQ(Convert(blocks, FMT_RGBA8888), expected);
 
         // An image without columns cannot be decoded; scaled up, zeros are what is left.
-        if (from.decodeError != nullptr) {
-            TQonvertImage empty{0, 4, from.format, nullptr, 0, blocks.Data().data()};
-            TestImage zeros(2, 2, FMT_RGBA8888);
-            zeros.Allocate(0xEE);
-            EXPECT_EQ(MessagesOf([&] { Qonvert(&empty, zeros.Get()); }),
-                      (std::vector<std::string>{"m_pSrc->nWidth == 0", from.decodeError}));
-            EXPECT_EQ(zeros.Data(), Bytes(16, 0));
+        std::vector<std::string> messages{"m_pSrc->nWidth == 0"};
+        if (from.name != nullptr) {
+            messages.push_back(std::string("Error calling TxCompressDecode (texcompress.lib) for ") +
+                               from.name);
         }
+        TestImage zeros(2, 2, FMT_RGBA8888, Bytes(16, 0xEE));
+        EXPECT_EQ(MessagesOf([&] { Qonvert(TestImage(0, 4, from.format, {9}).Get(), zeros.Get()); }),
+                  messages);
+        EXPECT_EQ(zeros.Data(), Bytes(16, 0));
     }
 }
 

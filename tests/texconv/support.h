@@ -3,8 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
+#include <numeric>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -16,30 +20,35 @@ namespace texconv_test {
 using Bytes = std::vector<std::uint8_t>;
 using namespace QXTextureConverter;
 
-// A descriptor with its own pixels and, once touched, its own flags.
+// The words of TFormatFlags, so that a case names only those that it sets.
+struct Flags {
+    std::uint32_t stride = 0;
+    std::uint32_t red = 0, green = 0, blue = 0, alpha = 0;  // masks
+    std::uint32_t mirrorX = 0, flipY = 0;
+    std::uint32_t fast = 0;
+    std::uint32_t filter = 0;
+    std::uint32_t bumpmap = 0, bumpHeight = 0, bumpWrap = 0;
+    std::uint32_t mode = 0;
+
+    operator TFormatFlags() const { return std::bit_cast<TFormatFlags>(*this); }
+};
+
+// A descriptor with its own pixels and, if given, flags.
 class TestImage {
   public:
-    TestImage(std::uint32_t width, std::uint32_t height, std::uint32_t format, Bytes data = {})
-        : m_data(std::move(data)), m_image{width, height, format, nullptr, 0, nullptr} {}
+    TestImage(std::uint32_t width, std::uint32_t height, std::uint32_t format, Bytes data = {},
+              const std::optional<Flags>& flags = {})
+        : m_data(std::move(data)), m_flags(flags), m_image{width, height, format, nullptr, 0, nullptr} {}
 
-    TFormatFlags& Flags() {
-        m_image.pFormatFlags = &m_flags;
-        return m_flags;
-    }
-    TestImage& With(std::uint32_t TFormatFlags::*word, std::uint32_t value) {
-        Flags().*word = value;
-        return *this;
-    }
+    TFormatFlags& Words() { return m_flags ? *m_flags : m_flags.emplace(); }
     // Room for the format's size, every byte `fill`.
     TestImage& Allocate(std::uint8_t fill = 0) {
         m_data.assign(Size(), fill);
         return *this;
     }
-    std::uint32_t Size() {
-        CImage query(nullptr, nullptr);
-        return query.ImgSize(&m_image);
-    }
+    std::uint32_t Size() { return CImage(nullptr, nullptr).ImgSize(Get()); }
     TQonvertImage* Get() {
+        m_image.pFormatFlags = m_flags ? &*m_flags : nullptr;
         m_image.pData = m_data.empty() ? nullptr : m_data.data();
         m_image.nDataSize = static_cast<std::uint32_t>(m_data.size());
         return &m_image;
@@ -49,7 +58,7 @@ class TestImage {
 
   private:
     Bytes m_data;
-    TFormatFlags m_flags{};
+    std::optional<TFormatFlags> m_flags;
     TQonvertImage m_image;
 };
 
@@ -58,34 +67,31 @@ template <typename Call>
 std::vector<std::string> MessagesOf(const Call& call) {
     testing::internal::CaptureStderr();
     call();
-    const std::string text = testing::internal::GetCapturedStderr();
+    std::istringstream text(testing::internal::GetCapturedStderr());
     const std::string prefix = "QXTextureConverter error: ";
-    const std::string suffix = " \n";
     std::vector<std::string> messages;
-    std::size_t at = 0;
-    while (at < text.size()) {
-        const std::size_t end = text.find(suffix, at);
-        if (text.compare(at, prefix.size(), prefix) != 0 || end == std::string::npos) {
-            ADD_FAILURE() << "not a message line: " << text.substr(at);
-            break;
-        }
-        messages.push_back(text.substr(at + prefix.size(), end - at - prefix.size()));
-        at = end + suffix.size();
+    for (std::string line; std::getline(text, line);) {
+        const bool isMessage = line.starts_with(prefix) && line.ends_with(' ');
+        EXPECT_TRUE(isMessage) << line;
+        messages.push_back(isMessage ? line.substr(prefix.size(), line.size() - prefix.size() - 1) : line);
     }
     return messages;
 }
 
-// The pixels after a conversion that must print nothing.
-inline Bytes Convert(TestImage& source, TestImage& destination) {
+// The pixels after a conversion that must print nothing; every byte of a destination without room is 0xEE
+// before.
+inline Bytes Convert(TestImage source, TestImage& destination) {
+    if (destination.Data().empty()) {
+        destination.Allocate(0xEE);
+    }
     EXPECT_EQ(MessagesOf([&] { EXPECT_EQ(Qonvert(source.Get(), destination.Get()), 0u); }),
               std::vector<std::string>{});
     return destination.Data();
 }
 
 inline Bytes Convert(TestImage source, std::uint32_t format) {
-    const TQonvertImage& from = *source.Get();
-    TestImage destination(from.nWidth, from.nHeight, format);
-    return Convert(source, destination.Allocate(0xEE));
+    TestImage destination(source.Get()->nWidth, source.Get()->nHeight, format);
+    return Convert(std::move(source), destination);
 }
 
 // Calls test() with every set of kernels that this machine can run.
@@ -100,6 +106,22 @@ void WithEachKernelSet(const Test& test) {
         test();
     }
     SelectInstructionSet(before);
+}
+
+struct ConversionCase {
+    const char* what;
+    TestImage source;
+    TestImage destination;
+    Bytes result;
+};
+
+inline void ExpectConversions(const std::vector<ConversionCase>& cases) {
+    WithEachKernelSet([&] {
+        for (const ConversionCase& c : cases) {
+            TestImage destination = c.destination;
+            EXPECT_EQ(Convert(c.source, destination), c.result) << c.what;
+        }
+    });
 }
 
 // Reproducible bytes.
@@ -122,16 +144,18 @@ class Random {
     std::uint32_t m_state;
 };
 
-inline Bytes FloatBytes(const std::vector<float>& values) {
-    Bytes bytes(values.size() * 4);
+template <typename Value>
+Bytes BytesOf(const std::vector<Value>& values) {
+    Bytes bytes(values.size() * sizeof(Value));
     std::memcpy(bytes.data(), values.data(), bytes.size());
     return bytes;
 }
 
-inline Bytes HalfBytes(const std::vector<std::uint16_t>& values) {
-    Bytes bytes(values.size() * 2);
-    std::memcpy(bytes.data(), values.data(), bytes.size());
-    return bytes;
+// All values of 16 bits.
+inline std::vector<std::uint16_t> EveryWord() {
+    std::vector<std::uint16_t> words(65536);
+    std::iota(words.begin(), words.end(), std::uint16_t{0});
+    return words;
 }
 
 }  // namespace texconv_test
