@@ -167,7 +167,7 @@ uint32_t JsonReader::Count() {
 }
 
 void JsonReader::Fail(char const* key, std::string const& message) {
-    if (Failed() || levels_.empty()) {
+    if (levels_.empty()) {
         return;
     }
     Value const* member = key == nullptr ? nullptr : Find(key);

@@ -113,7 +113,6 @@ class Layouter {
         const bool moves = index < out_.size();
         const int64_t start = moves ? int64_t{out_[index].position.x.raw} : pen_;
         const int64_t pen = pen_ - start, inkEnd = inkEnd_ - start;
-        Glyph const* previous = previous_;
         EndLine(index, lineEnd);
         StartLine();
         lineStart_ = index;
@@ -124,7 +123,6 @@ class Layouter {
             }
             pen_ = pen;
             inkEnd_ = inkEnd;
-            previous_ = previous;
         }
     }
 

@@ -27,17 +27,15 @@ class FakeDevice final : public GraphicsDevice {
     uint32_t ReadPixels(RectangleT<int> const&, Texture**) override { return 0; }
     void PushMasks(List<Mask*>&) override {}
     void PopMasks(List<Mask*>&) override {}
-    void PushCamera(Camera*) override { log.push_back("camera"); }
+    void PushCamera(Camera*) override { log += "camera; "; }
     void PushCamera2D(RealFixed const&, RealFixed const&) override {}
-    void PopCamera() override { log.push_back("pop camera"); }
-    void PushCameraDepth(bool depth) override { log.push_back(depth ? "depth 1" : "depth 0"); }
-    void PopCameraDepth(bool) override { log.push_back("pop depth"); }
-    void SetCameraDepth(bool) override {}
+    void PopCamera() override { log += "pop camera; "; }
+    void PushCameraDepth(bool depth) override { log += depth ? "depth 1; " : "depth 0; "; }
+    void PopCameraDepth(bool) override { log += "pop depth; "; }
+    void SetCameraDepth(bool depth) override { log += depth ? "set 1; " : "set 0; "; }
 
-    std::vector<std::string> log;
+    std::string log;
 };
-
-inline constexpr char16_t kWideNames[][12] = {u"Camera", u"Sprite", u"Text", u"Timeline"};
 
 // A concrete class on top of an abstract one of the core.
 template <typename Base, int kClass>
@@ -47,7 +45,7 @@ class Fake : public Base {
 
     Node* Clone() override { return new Fake(*this); }
     char const* GetClassName() override { return kNames[kClass]; }
-    ClassId GetClassId() override { return MakeClassId(kWideNames[kClass]); }
+    ClassId GetClassId() override { return 0; }
     void Visit(Visitor& visitor) override { visitor.VisitTransformNode(*this); }
     Node* CloneDeep() override { return CloneChildren(*this, Clone()); }
 
@@ -63,7 +61,7 @@ class Fake : public Base {
         Base::PopEffect(device);
     }
     void InternalRender(GraphicsDevice& device) override {
-        static_cast<FakeDevice&>(device).log.push_back("draw " + Base::name);
+        static_cast<FakeDevice&>(device).log += "draw " + Base::name + "; ";
         Base::InternalRender(device);
     }
     void CalculateTransform() override {
@@ -121,19 +119,18 @@ class Container final : public ClassContainer {
     void* Create() override { return new T; }
 };
 
-inline void RegisterFakes(ClassRegistry& registry) {
-    registry.RegisterClass(new Container<FakeCamera>(MakeClassId(u"Camera")));
-    registry.RegisterClass(new Container<FakeSprite>(MakeClassId(u"Sprite")));
-    registry.RegisterClass(new Container<FakeText>(MakeClassId(u"Text")));
-    registry.RegisterClass(new Container<FakeTimeline>(MakeClassId(u"Timeline")));
-    registry.RegisterClass(new Container<FakeTexture>(MakeClassId(u"Texture")));
-    registry.RegisterClass(new Container<FakeFont>(MakeClassId(u"Font")));
-    registry.RegisterClass(new Container<Shader>(MakeClassId(u"Shader")));
-}
-
 struct FakeBackend {
-    FakeBackend() { RegisterFakes(registry); }
+    FakeBackend() {
+        registry.RegisterClass(new Container<FakeCamera>(MakeClassId(u"Camera")));
+        registry.RegisterClass(new Container<FakeSprite>(MakeClassId(u"Sprite")));
+        registry.RegisterClass(new Container<FakeText>(MakeClassId(u"Text")));
+        registry.RegisterClass(new Container<FakeTimeline>(MakeClassId(u"Timeline")));
+        registry.RegisterClass(new Container<FakeTexture>(MakeClassId(u"Texture")));
+        registry.RegisterClass(new Container<FakeFont>(MakeClassId(u"Font")));
+        registry.RegisterClass(new Container<Shader>(MakeClassId(u"Shader")));
+    }
     ~FakeBackend() { Shader::ReleaseAll(); }
+
     ClassRegistry registry;
 };
 
@@ -146,21 +143,14 @@ inline RefT<FakeSprite> Named(char const* name, std::initializer_list<Node*> chi
     return node;
 }
 
-// The node of a name below a node, cameras of timelines left out; null when there is none.
-inline Node* FindNode(Node* node, std::string const& name) {
-    if (node->name == name) {
-        return node;
+// The node of a name in a tree, cameras of timelines left out; null when there is none.
+template <typename T = FakeSprite>
+T* Find(Node& root, std::string const& name) {
+    T* found = root.name == name ? static_cast<T*>(&root) : nullptr;
+    for (uint32_t i = 0; found == nullptr && i < root.GetChildren().Count(); ++i) {
+        found = Find<T>(*root.GetChildren()[i], name);
     }
-    for (Node* child : node->GetChildren()) {
-        if (Node* found = FindNode(child, name)) {
-            return found;
-        }
-    }
-    return nullptr;
-}
-
-inline FakeSprite* FindSprite(Node* node, std::string const& name) {
-    return static_cast<FakeSprite*>(FindNode(node, name));
+    return found;
 }
 
 constexpr RealFixed Fix(double value) {

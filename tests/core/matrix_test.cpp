@@ -10,11 +10,7 @@ using Matrix = Matrix4T<RealFixed>;
 Matrix Numbered(int32_t seed, bool affine) {
     Matrix matrix;
     for (int i = 0; i < 16; ++i) {
-        matrix[i] = RealFixed{seed + i * 7919};
-    }
-    if (affine) {
-        matrix[3] = matrix[7] = matrix[11] = RealFixed{};
-        matrix[15] = kOne<RealFixed>;
+        matrix[i] = affine && i % 4 == 3 ? RealFixed::FromInt(i == 15) : RealFixed{seed + i * 7919};
     }
     return matrix;
 }
@@ -25,47 +21,37 @@ Matrix Product(Matrix const& a, Matrix const& b, bool affine) {
     for (int i = 0; i < 16; ++i) {
         const int row = i & ~3;
         const int column = i & 3;
-        RealFixed sum = a[row] * b[column] + a[row + 1] * b[4 + column] + a[row + 2] * b[8 + column];
-        if (!affine) {
-            sum += a[row + 3] * b[12 + column];
-        } else if (row == 12) {
-            sum += b[i];  // unrounded
-        }
-        out[i] = sum;
+        out[i] = a[row] * b[column] + a[row + 1] * b[4 + column] + a[row + 2] * b[8 + column];
+        // An affine matrix's last row adds the other one's place unrounded.
+        out[i] += !affine ? a[row + 3] * b[12 + column] : row == 12 ? b[i] : RealFixed{};
     }
     return out;
 }
 
 TEST(Matrix, IdentityIsSetAtLoadTimeAndChangesNothing) {
     EXPECT_TRUE(IsIdentity(Matrix::Identity));
+    // The product would drop lowest bits of odd elements.
+    const Matrix odd = Numbered(0x10001, false), affine = Numbered(0x10001, true);
+    EXPECT_EQ(odd * Matrix::Identity, odd);
+    EXPECT_EQ(Matrix::Identity * odd, odd);
     for (int i = 0; i < 16; ++i) {
         Matrix almost = Matrix::Identity;
         almost[i].raw ^= 1;
         EXPECT_FALSE(IsIdentity(almost)) << i;
+        EXPECT_EQ(almost * affine, Product(almost, affine, i % 4 != 3)) << i;
     }
-    // The product would drop lowest bits of odd elements.
-    const Matrix odd = Numbered(0x10001, false);
-    EXPECT_EQ(odd * Matrix::Identity, odd);
-    EXPECT_EQ(Matrix::Identity * odd, odd);
 }
 
 TEST(Matrix, MultipliesEveryElementAlsoInPlace) {
-    for (bool affineA : {false, true}) {
-        for (bool affineB : {false, true}) {
-            const Matrix a = Numbered(0x11111, affineA);
-            const Matrix b = Numbered(-0x23457, affineB);
-            const Matrix product = Product(a, b, affineA && affineB);
-            EXPECT_EQ(a * b, product);
-            Matrix inA = a;
-            Multiply(inA, inA, b);
-            EXPECT_EQ(inA, product);
-            Matrix inB = b;
-            Multiply(inB, a, inB);
-            EXPECT_EQ(inB, product);
-            Matrix both = a;
-            Multiply(both, both, both);
-            EXPECT_EQ(both, Product(a, a, affineA));
-        }
+    for (int affine = 0; affine < 4; ++affine) {
+        const Matrix a = Numbered(0x11111, affine % 2 == 1);
+        const Matrix b = Numbered(-0x23457, affine >= 2);
+        Matrix out = a;
+        Multiply(out, out, b);
+        EXPECT_EQ(out, Product(a, b, affine == 3));
+        out = b;
+        Multiply(out, a, out);
+        EXPECT_EQ(out, Product(a, b, affine == 3));
     }
 }
 
