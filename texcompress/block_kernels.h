@@ -66,8 +66,7 @@ size_t KernelSetCount();
 /// One of them, in rising order of speed. The first is the plain set.
 const KernelSet& KernelSetAt(size_t index);
 
-/// The set that the image drivers use: the one that the environment variable ZORVAN_KERNELS names when
-/// it is first asked for, else the fastest.
+/// The set that the image drivers use; see SelectedInstructionSet.
 const BlockKernels& SelectBlockKernels();
 
 /// Makes the image drivers use a set, for comparisons.

@@ -21,7 +21,8 @@ const char* InstructionSetName(InstructionSet set);
 /// Number of sets that this processor can run: the first ones of the enumeration.
 size_t InstructionSetCount();
 
-/// The set in use: the one that ZORVAN_KERNELS names when it is first asked for, else the fastest.
+/// The set in use: the one that ZORVAN_KERNELS names when it is first asked for, else the fastest. A name of
+/// no set that this processor can run is ignored, without a message: who must know asks here for the outcome.
 InstructionSet SelectedInstructionSet();
 
 /// Uses a set that this processor can run from now on, for comparisons.

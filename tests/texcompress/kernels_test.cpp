@@ -2,13 +2,41 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 #include "codec_calls.h"
 #include "texcompress/block_kernels.h"
+#include "texcompress/instruction_set.h"
 
 namespace zorvan::texcompress {
 namespace {
+
+const std::string kNamedAtStart = [] {
+    const char* name = std::getenv("ZORVAN_KERNELS");
+    return name == nullptr ? "" : name;
+}();
+const std::string kSelectedAtStart = InstructionSetName(SelectedInstructionSet());
+
+TEST(KernelChoice, TheNamedSetIsInUse) {
+    EXPECT_EQ(kSelectedAtStart,
+              kNamedAtStart.empty() ? KernelSetAt(KernelSetCount() - 1).name : kNamedAtStart)
+        << "ZORVAN_KERNELS names no set that this machine runs";
+}
+
+TEST(KernelChoiceDeathTest, ANameOfNoSetLeavesTheFastest) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // a new process for each, which inherits the name
+    const char* fastest = KernelSetAt(KernelSetCount() - 1).name;
+    for (const auto& [name, expected] : {std::pair{"scalar", "scalar"},
+                                         {"baseline", "baseline"},
+                                         {fastest, fastest},
+                                         {"sse9", fastest},
+                                         {"", fastest}}) {
+        setenv("ZORVAN_KERNELS", name, 1);
+        EXPECT_EXIT(std::exit(kSelectedAtStart == expected ? 0 : 1), testing::ExitedWithCode(0), "") << name;
+    }
+    setenv("ZORVAN_KERNELS", kNamedAtStart.c_str(), 1);
+}
 
 /// Tiles whose channels are of random range and depth, from flat to noise, from a few levels (0 and 255 among
 /// them) to all; some tiles are grey.
