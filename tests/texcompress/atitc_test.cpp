@@ -239,6 +239,15 @@ TEST(AtcEncoder, IsExactWhereColorsAre) {
     }
 }
 
+TEST(AtcEncoder, LegacySplitsMustNotLookLikeBlack) {
+    // Luminances 108 and 109. The nearest codes give 110 with low bits clear and 108 with low bits set: their
+    // order would turn the palette black, so that all pixels in one region are better.
+    RgbTile tile = Flat({5, 180, 5});
+    std::fill(tile.begin() + 8, tile.end(), Rgb{168, 63, 199});
+    EXPECT_EQ(Encoded(tile, TXC_FORMAT_ATC)[0].index, 0xFFFF0000u);
+    EXPECT_EQ(Encoded(tile, TXC_FORMAT_ATC_LEGACY)[0].index, 0xFFFFFFFFu);
+}
+
 TEST(AtcEncoder, EqualLuminancesAreOneRegion) {
     RgbTile tile = Flat({0, 0, 101});
     std::fill(tile.begin(), tile.begin() + 4, Rgb{40, 0, 0});

@@ -38,22 +38,43 @@ TEST(KernelChoiceDeathTest, ANameOfNoSetLeavesTheFastest) {
     setenv("ZORVAN_KERNELS", kNamedAtStart.c_str(), 1);
 }
 
-/// Tiles whose channels are of random range and depth, from flat to noise, from a few levels (0 and 255 among
-/// them) to all; some tiles are grey.
+/// Sixteen pixels whose channels are of random range and depth, from flat to noise, from a few levels (0 and
+/// 255 among them) to all. Some tiles are grey, in others all colours are about as bright.
+std::array<std::array<uint8_t, 4>, 16> RandomTile(Lcg& random) {
+    std::array<std::array<uint8_t, 4>, 16> tile;
+    for (size_t c = 0; c < 4; ++c) {
+        const uint32_t base = random.Next(256) >> random.Next(4);
+        const uint32_t range = 1u << random.Next(9);
+        const uint32_t step = 1u << random.Next(8);
+        for (auto& pixel : tile) {
+            pixel[c] = static_cast<uint8_t>(std::min(255u, base + random.Next(range) / step * step));
+        }
+    }
+    const uint32_t kind = random.Next(8);
+    const int luminance = static_cast<int>(random.Next(256));
+    for (auto& pixel : tile) {
+        if (kind == 0) {
+            pixel[1] = pixel[2] = pixel[0];
+        } else if (kind == 1) {
+            const int green = (64 * luminance - 19 * pixel[0] - 7 * pixel[2]) / 38;
+            pixel[1] = static_cast<uint8_t>(std::clamp(green, 0, 255));
+        } else if (kind == 2 && luminance < 64) {
+            pixel = pixel[0] % 2 == 0 ? std::array<uint8_t, 4>{5, 180, 5, 0}
+                                      : std::array<uint8_t, 4>{168, 63, 199, 0};
+        }
+    }
+    return tile;
+}
+
 TestImage RandomImage(uint32_t width, uint32_t height, Lcg& random) {
     TestImage image{"random", width, height, std::vector<uint8_t>(size_t{4} * width * height)};
-    for (uint32_t tile = 0; tile < (width + 3) / 4 * ((height + 3) / 4); ++tile) {
-        const bool grey = random.Next(8) == 0;
-        for (size_t c = 0; c < 4; ++c) {
-            const uint32_t base = random.Next(256) >> random.Next(4);
-            const uint32_t range = 1u << random.Next(9);
-            const uint32_t step = 1u << random.Next(8);
+    for (uint32_t y = 0; y < height; y += 4) {
+        for (uint32_t x = 0; x < width; x += 4) {
+            const auto tile = RandomTile(random);
             for (uint32_t k = 0; k < 16; ++k) {
-                const uint32_t x = std::min(tile % ((width + 3) / 4) * 4 + k % 4, width - 1);
-                const uint32_t y = std::min(tile / ((width + 3) / 4) * 4 + k / 4, height - 1);
-                uint8_t* pixel = &image.pixels[size_t{4} * (y * width + x)];
-                const uint32_t value = std::min(255u, base + random.Next(range) / step * step);
-                pixel[c] = grey && c % 3 != 0 ? pixel[0] : static_cast<uint8_t>(value);
+                const uint32_t place =
+                    std::min(y + k / 4, height - 1) * width + std::min(x + k % 4, width - 1);
+                std::copy(tile[k].begin(), tile[k].end(), &image.pixels[size_t{4} * place]);
             }
         }
     }
