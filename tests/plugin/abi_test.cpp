@@ -29,8 +29,8 @@ constexpr char kFirstSlots[] =
   Update(GraphicsDevice&,RealFixedconst&,RealFixedconst&,bool) Render Save)";
 constexpr char kLastSlots[] = "InternalSelect InternalSave InternalLoad AddMask CalculateTransform IsSelect";
 // Of each exported class: the size of its virtual table in bytes, the functions in the slots from 3 on ("*"
-// where they are its own, the core's elsewhere), and "+" functions without a slot. Overloads and const functions
-// stand with their arguments.
+// where they are its own, the core's elsewhere), and "+" functions without a slot. Overloads and const
+// functions stand with their arguments.
 constexpr char kInterface[] = R"(
 CameraGL: 264 $first Load *RegisterProperties *InternalUpdate InternalRender $last *CalculateProjection
   +GetViewMatrix()const +GetProjectionMatrix()const
