@@ -11,7 +11,7 @@ TEST(DeviceInitialize, SetsStateAndBuildsTheSolidProgram) {
         recording_gl::Reset();
         GraphicsDeviceGL device;
         EXPECT_EQ(device.Initialize(nullptr, DeviceFormat::Rgb565, {0, 4}), 0u);
-        EXPECT_EQ(Taken(), "");
+        EXPECT_EQ(TakeLog(), "");
         EXPECT_EQ(device.defaultCamera, nullptr);
         script.linkError = buildable ? std::optional<std::string>() : "none";
         EXPECT_EQ(device.Initialize(nullptr, DeviceFormat::Rgb565, {640, 480}), 1u);
@@ -21,7 +21,7 @@ TEST(DeviceInitialize, SetsStateAndBuildsTheSolidProgram) {
             "ClearStencil(0); Disable(STENCIL_TEST); Disable(SCISSOR_TEST); FrontFace(CCW); Enable(DITHER); "
             "ClearColor(0, 0, 0, 1); Disable(CULL_FACE); Disable(DEPTH_TEST); DepthFunc(LEQUAL); "
             "Enable(BLEND); ");
-        const std::string calls = Taken();
+        const std::string calls = TakeLog();
         EXPECT_EQ(calls.substr(0, buildable ? calls.size() : state.size()),
                   state + (buildable ? Built(1) : ""));
         CameraGL const& camera = *device.defaultCamera;
@@ -54,7 +54,7 @@ TEST_F(DeviceTest, FrameCalls) {
     device->SetViewport(1, 2, 30, 40);
     EXPECT_EQ(device->GetViewport(), (Rectangle{1, 2, 31, 42}));
     device->Reset({2, 3, 12, 23});
-    EXPECT_EQ(Taken(),
+    EXPECT_EQ(TakeLog(),
               Calls("Clear(0x4500); ClearColor(0.5, 0.25, 1, -1); Flush(); Viewport(0, 0, 640, 480); "
                     "Viewport(10, 20, 100, 200); Viewport(1, 2, 30, 40); Viewport(2, 3, 10, 20)"));
 }
@@ -79,7 +79,7 @@ TEST_F(DeviceTest, CameraStack) {
     EXPECT_EQ(RawElements(device->GetProjectionMatrix()),
               (Elements{205, 0, 0, 0, 0, -273, 0, 0, 0, 0, -65536, 0, -65536, 65536, 0, 65536}));
     EXPECT_EQ(device->GetViewMatrix(), Matrix4T<RealFixed>::Identity);
-    EXPECT_EQ(Taken(), "");
+    EXPECT_EQ(TakeLog(), "");
 }
 
 // The default camera is in use without others, and where depth is true outside every depth that was pushed.
@@ -143,7 +143,7 @@ TEST_F(DeviceTest, Teardown) {
         going.reset();
         EXPECT_TRUE(dead);
         EXPECT_EQ(kept->references, 1);
-        EXPECT_EQ(Taken(), Calls(calls));
+        EXPECT_EQ(TakeLog(), Calls(calls));
     }
 }
 
@@ -231,9 +231,9 @@ TEST_F(ReadPixelsTest, FormatsAndAreas) {
         }
         // The second time into the same texture: still one level.
         for (int pass = 0; pass < 2; ++pass) {
-            TakeCalls();
+            TakeLog();
             EXPECT_EQ(Read(area, texture), Counted(size));
-            EXPECT_EQ(Taken(), ReadCalls(read, window));
+            EXPECT_EQ(TakeLog(), ReadCalls(read, window));
             EXPECT_EQ(texture->format.Get(), format);
             const auto [width, height] = SizeOf(area);
             EXPECT_EQ((std::array{texture->width.Get(), texture->height.Get(), texture->usedWidth.Get(),
@@ -256,8 +256,8 @@ TEST_F(ReadPixelsTest, DropsAlpha) {
                   std::vector(expected.begin(), expected.begin() + 3 * width));
         EXPECT_EQ(texture->format.Get(), 4u);
         const std::string read = width == 1 ? "tight RGB; GetError(); " : "ReadPixels($, RGB@; GetError(); ";
-        EXPECT_EQ(Taken(), ReadCalls(read + read + "ReadPixels($, RGBA@",
-                                     Calls("0, 479, $, 1", std::to_string(width))));
+        EXPECT_EQ(TakeLog(), ReadCalls(read + read + "ReadPixels($, RGBA@",
+                                       Calls("0, 479, $, 1", std::to_string(width))));
     }
 }
 

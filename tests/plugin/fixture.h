@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <regex>
 #include <tuple>
 #include <utility>
 
@@ -15,10 +16,8 @@
 namespace zorvan {
 
 using Lines = std::vector<std::string>;
-using Arrays = std::map<uint32_t, std::vector<int32_t>>;
-using recording_gl::Call;
 using recording_gl::script;
-using recording_gl::TakeCalls;
+using recording_gl::TakeLog;
 
 inline std::string Replaced(std::string text, std::string const& from, std::string const& to) {
     for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
@@ -33,17 +32,9 @@ inline std::string Calls(std::string const& text, std::string const& value = "")
     return Replaced(Replaced(text, "; ", "\n"), "$", value);
 }
 
-inline std::string TextsOf(std::vector<Call> const& calls) {
-    std::string text;
-    for (Call const& call : calls) {
-        text += (text.empty() ? "" : "\n") + call.text;
-    }
-    return text;
-}
-
-// The calls since the last look.
-inline std::string Taken() {
-    return TextsOf(TakeCalls());
+// Of matrices and arrays only the first elements.
+inline std::string Brief(std::string const& log) {
+    return std::regex_replace(log, std::regex("\\[(\\S+)[^\\]]*\\]"), "[$1]");
 }
 
 constexpr char kLookUp[] =
@@ -88,7 +79,7 @@ class RecordedTest : public testing::Test {
     explicit RecordedTest(GraphicsDeviceGL* made = new GraphicsDeviceGL) : device(made) {
         recording_gl::Reset();
         device->Initialize(nullptr, DeviceFormat::Rgba8888, {640, 480});
-        TakeCalls();
+        TakeLog();
     }
     ~RecordedTest() override {
         Shader::ReleaseAll();
@@ -96,18 +87,10 @@ class RecordedTest : public testing::Test {
         device.reset();
     }
     void Update(Node& node) { node.Update(*device, RealFixed{}); }
-    std::vector<Call> Draw(Node& node) {
-        TakeCalls();
+    std::string Draw(Node& node) {
+        TakeLog();
         node.Render(*device);
-        return TakeCalls();
-    }
-    // The arrays at the last draw of a node.
-    Arrays DrawnArrays(Node& node) {
-        Arrays arrays;
-        for (Call const& call : Draw(node)) {
-            arrays = call.arrays.empty() ? arrays : call.arrays;
-        }
-        return arrays;
+        return TakeLog();
     }
 
     std::unique_ptr<GraphicsDeviceGL> device;

@@ -38,7 +38,7 @@ class TextTest : public RecordedTest {
                        {5, 7, 2, RealFixed{10}, RealFixed{20}, RealFixed{30}, RealFixed{40}, {}, {}, {}});
         EXPECT_TRUE(font->Initialize());
         text->font.Set(RefT<Font>(font.Get()));
-        TakeCalls();
+        TakeLog();
     }
     // The two passes of a glyph, for locations of the position and of the colour; a program may know no
     // texture coordinates.
@@ -49,10 +49,12 @@ class TextTest : public RecordedTest {
             std::string(coordinates
                             ? "VertexAttribPointer(1, 2, FIXED, 0, 0, *); EnableVertexAttribArray(1); "
                             : "") +
-            "Uniform4f($, 0.5, 0.25, 1, 1); BlendFunc(0, ONE_MINUS_SRC_COLOR); DrawArrays(5, 0, 4); "
-            "Uniform4f($, 0.5, 0.25, 1, 0.75); BlendFunc(SRC_ALPHA, 1); DrawArrays(5, 0, 4); " +
+            "Uniform4f($, 0.5, 0.25, 1, 1); BlendFunc(0, ONE_MINUS_SRC_COLOR); %; Uniform4f($, 0.5, 0.25, 1, "
+            "0.75); BlendFunc(SRC_ALPHA, 1); %; " +
             (coordinates ? "DisableVertexAttribArray(1); " : "") + "DisableVertexAttribArray(@)";
-        return Replaced(Calls(calls, color), "@", position);
+        const std::string draw = "DrawArrays(5, 0, 4, @[0 0 0 0 458752 0 327680 0 0 327680 458752 0]" +
+                                 std::string(coordinates ? " 1[10 40 10 20 30 40 30 20])" : ")");
+        return Replaced(Calls(Replaced(calls, "%", draw), color), "@", position);
     }
 
     RefT<LoggingFont> font{new LoggingFont};
@@ -63,27 +65,24 @@ class TextTest : public RecordedTest {
 
 TEST_F(TextTest, TwoPassesPerGlyph) {
     text->hasBox.Set(false);
-    EXPECT_TRUE(Draw(*text).empty());
+    EXPECT_EQ(Draw(*text), "");
     Update(*text);
-    EXPECT_EQ(Taken(), Built(2));
+    EXPECT_EQ(TakeLog(), Built(2));
     EXPECT_EQ(text->GetGLShader()->identifier.Get(), 0x798081F5u);
-    const std::vector<Call> calls = Draw(*text);
-    EXPECT_EQ(TextsOf(calls), Calls("UseProgram(2); UniformMatrix4fv(3, 1, 0, *); ") + Glyph("0", "4", true));
-    constexpr int32_t kW = 5 << 16, kH = 7 << 16;
-    const Arrays arrays = {{0, {0, 0, 0, 0, kH, 0, kW, 0, 0, kW, kH, 0}},
-                           {1, {10, 40, 10, 20, 30, 40, 30, 20}}};
-    EXPECT_EQ(calls.at(9).arrays, arrays);
-    EXPECT_EQ(calls.at(12).arrays, arrays);
+    device->PushCamera2D(Real(640), Real(480));
+    EXPECT_EQ(Draw(*text), Calls("UseProgram(2); UniformMatrix4fv(3, 1, 0, [205 0 0 0 0 -273 0 0 0 0 -65536 "
+                                 "0 -65536 65536 0 65536]); ") +
+                               Glyph("0", "4", true));
     // A glyph takes the first of the programs that are drawn with; outside a text there is none.
     ShaderGL first, second;
     std::tie(first.positionAttribute, first.colorUniform) = std::tuple(6, 7);
     EXPECT_TRUE(device->shaders.IsEmpty());
     font->RenderGlyph(*device, font->FindGlyph('a'), {}, text->color.Get());
-    EXPECT_EQ(Taken(), "");
+    EXPECT_EQ(TakeLog(), "");
     device->shaders.Append(&first);
     device->shaders.Append(&second);
     font->RenderGlyph(*device, font->FindGlyph('a'), {}, text->color.Get());
-    EXPECT_EQ(Taken(), Glyph("6", "7", false));
+    EXPECT_EQ(TakeLog(), Glyph("6", "7", false));
 }
 
 // The larger of alpha and opacity (opacity when equal) loses its lowest bit.
@@ -116,7 +115,7 @@ TEST_F(TextTest, ProgramsAreSharedByModes) {
     EXPECT_EQ(copy->GetGLShader(), text->GetGLShader());
     text->transferMode.Set(29);
     Update(*text);
-    EXPECT_EQ(Taken(), Built(2) + "\n" + Built(3, 3));
+    EXPECT_EQ(TakeLog(), Built(2) + "\n" + Built(3, 3));
 }
 
 // Logs the operations that bracket a drawing among the calls of GL, then does them.
@@ -167,30 +166,27 @@ TEST_F(BracketTest, NestedTimelines) {
             {'class': 'Sprite', 'depth': true}]},
         {'class': 'Sprite', 'depth': true}]})");
     Update(*root);
-    const auto sprite = [](std::string const& depth, std::string const& masks) {
+    const auto sprite = [](std::string const& depth, std::string const& masks, int scale) {
         return "SetCameraDepth(" + depth + "); PushMasks(" + masks +
-               "); UseProgram(2); UniformMatrix4fv(3, 1, 0, *); VertexAttribPointer(0, 3, FIXED, 0, 0, *); "
-               "EnableVertexAttribArray(0); BlendEquation(FUNC_ADD); BlendFunc(SRC_ALPHA, "
-               "ONE_MINUS_SRC_ALPHA); Uniform4f(4, 1, 1, 1, 1); DrawArrays(5, 0, 4); "
-               "DisableVertexAttribArray(0); PopMasks(" +
+               "); UseProgram(2); UniformMatrix4fv(3, 1, 0, [" + std::to_string(scale) +
+               "]); VertexAttribPointer(0, 3, FIXED, 0, 0, *); EnableVertexAttribArray(0); "
+               "BlendEquation(FUNC_ADD); BlendFunc(SRC_ALPHA, ONE_MINUS_SRC_ALPHA); Uniform4f(4, 1, 1, 1, "
+               "1); DrawArrays(5, 0, 4, 0[0]); DisableVertexAttribArray(0); PopMasks(" +
                masks + "); ";
     };
-    const std::vector<Call> calls = Draw(*root);
-    EXPECT_EQ(
-        TextsOf(calls) + "\n",
-        Calls("PushCamera(outer); PushCameraDepth(0); SetCameraDepth(0); PushMasks(2); " + sprite("0", "0") +
-              "PushCameraDepth(1); SetCameraDepth(1); PushCamera(inner); PushCameraDepth(1); "
-              "SetCameraDepth(1); PushMasks(1); " +
-              sprite("1", "3") + "PopMasks(1); PopCameraDepth(1); PopCamera(inner); PopCameraDepth(1); " +
-              sprite("1", "0") + "PopMasks(2); PopCameraDepth(0); PopCamera(outer); " + sprite("1", "0")));
     // Below the outer timeline depth means its camera or the inner one's, beside it the default camera. An
     // orthographic one scales by 2 / width.
-    std::vector<float> scales;
-    for (Call const& call : calls) {
-        scales.insert(scales.end(), call.floats.begin(), call.floats.begin() + !call.floats.empty());
-    }
-    EXPECT_EQ(scales, (std::vector<float>{0.5f, 0.25f, 0.5f,
-                                          device->defaultCamera->GetProjectionMatrix()[0].ToFloat()}));
+    constexpr int kOuter = 65536 / 2, kInner = 65536 / 4;
+    const int defaultScale = device->defaultCamera->GetProjectionMatrix()[0].raw;
+    EXPECT_EQ(Brief(Draw(*root)) + "\n",
+              Calls("PushCamera(outer); PushCameraDepth(0); SetCameraDepth(0); PushMasks(2); " +
+                    sprite("0", "0", kOuter) +
+                    "PushCameraDepth(1); SetCameraDepth(1); PushCamera(inner); PushCameraDepth(1); "
+                    "SetCameraDepth(1); PushMasks(1); " +
+                    sprite("1", "3", kInner) +
+                    "PopMasks(1); PopCameraDepth(1); PopCamera(inner); PopCameraDepth(1); " +
+                    sprite("1", "0", kOuter) + "PopMasks(2); PopCameraDepth(0); PopCamera(outer); " +
+                    sprite("1", "0", defaultScale)));
 }
 
 // A sprite puts its masks even around a program that cannot be used; a text knows none.
@@ -199,12 +195,12 @@ TEST_F(BracketTest, UnusablePrograms) {
     const RefT<ShaderGL> broken(new ShaderGL);
     const RefT<SpriteGL> sprite = MakeSprite(1, 1, ", 'depth': true, 'masks': 1");
     const auto text = Make<TextGL>("{'class': 'Text', 'font': null, 'depth': true, 'masks': 1}");
-    EXPECT_TRUE(Draw(*sprite).empty());
+    EXPECT_EQ(Draw(*sprite), "");
     sprite->SetGLShader(broken.Get());
     text->SetGLShader(broken.Get());
     EXPECT_EQ(broken->references, 3);
     const auto drawn = [&](Node& node) {
-        return Replaced(TextsOf(Draw(node)), "eglGetProcAddress(\"glProgramBinaryOES\")\n", "");
+        return Replaced(Draw(node), "eglGetProcAddress(\"glProgramBinaryOES\")\n", "");
     };
     const std::string failing =
         "CreateProgram(); ProgramBinaryOES($, 0x8740, null, 0); GetError(); GetProgramiv($, LINK_STATUS, *); "

@@ -42,14 +42,16 @@ TEST_F(TextureTest, UploadOfEachFormat) {
         const std::vector<uint8_t> pixels = Bytes(*texture);
         EXPECT_EQ(texture->GetGLTexture(), 201u);
         EXPECT_EQ(texture->GetGLTexture(), 201u);
-        std::vector<Call> calls = TakeCalls();
+        const std::string data = std::to_string(pixels.size()) + "@0";
         EXPECT_EQ(
-            TextsOf(calls),
+            TakeLog(),
             Created("LINEAR") +
-                (upload.empty() ? "" : "\n" + Replaced(upload, "; ", "(TEXTURE_2D, 0, ") + "\nGetError()"));
-        EXPECT_EQ(upload.empty() ? Bytes(*texture) : calls.at(calls.size() - 2).bytes, pixels);
+                (upload.empty() ? ""
+                                : "\n" + Replaced(Replaced(upload, "; ", "(TEXTURE_2D, 0, "), "*", data) +
+                                      "\nGetError()"));
+        EXPECT_TRUE(!upload.empty() || Bytes(*texture) == pixels);
         EXPECT_FALSE(texture->CreateGLTexture());
-        TakeCalls();
+        TakeLog();
         if (!upload.empty()) {
             // The memory copy is gone: a released texture cannot come back.
             EXPECT_EQ(Bytes(*texture), std::vector<uint8_t>());
@@ -59,7 +61,7 @@ TEST_F(TextureTest, UploadOfEachFormat) {
             EXPECT_EQ(texture->format.Get(), format);
         }
         texture = {};
-        EXPECT_EQ(Taken(), upload.empty() ? "DeleteTextures(1, 202)" : "DeleteTextures(1, 201)");
+        EXPECT_EQ(TakeLog(), upload.empty() ? "DeleteTextures(1, 202)" : "DeleteTextures(1, 201)");
     }
 }
 
@@ -83,8 +85,8 @@ TEST_F(TextureTest, CompressionOfEachFormat) {
         EXPECT_EQ(texture->format.Get(), from != 0 ? compressed : format);
         EXPECT_EQ(Bytes(*texture), expected);
         texture->GetGLTexture();
-        EXPECT_TRUE(from == 0 ||
-                    Taken().ends_with(", 8, 8, 0, " + std::to_string(expected.size()) + ", *)\nGetError()"));
+        const std::string uploaded = ", 8, 8, 0, " + std::to_string(expected.size()) + ", ";
+        EXPECT_TRUE(from == 0 || TakeLog().find(uploaded) != std::string::npos);
     }
 }
 
@@ -94,18 +96,14 @@ TEST_F(TextureTest, LevelsAndTightRows) {
     const RefT<TextureGL> texture = MakeTexture(TextureFormat::Rgb888, 8, 4, 3),
                           whole = MakeTexture(TextureFormat::Rgba8888, 4, 2, 2);
     EXPECT_TRUE(texture->CreateGLTexture());
-    const std::vector<Call> calls = TakeCalls();
-    EXPECT_EQ(
-        TextsOf(calls),
-        Created("LINEAR_MIPMAP_LINEAR") +
-            Calls("; TexImage2D(TEXTURE_2D, 0, RGB, 8, 4, 0, $); GetError(); TexImage2D(TEXTURE_2D, 1, RGB, "
-                  "4, 2, 0, $); GetError(); PixelStorei(UNPACK_ALIGNMENT, 1); TexImage2D(TEXTURE_2D, 2, RGB, "
-                  "2, 1, 0, $); PixelStorei(UNPACK_ALIGNMENT, 4); GetError()",
-                  "RGB, UNSIGNED_BYTE, *"));
-    EXPECT_EQ((std::array{calls.at(6).bytes.at(0), calls.at(8).bytes.at(0), calls.at(11).bytes.at(0)}),
-              (std::array<uint8_t, 3>{0, 96, 120}));
+    EXPECT_EQ(TakeLog(), Created("LINEAR_MIPMAP_LINEAR") +
+                             Calls("; TexImage2D(TEXTURE_2D, 0, RGB, 8, 4, 0, $, 96@0); GetError(); "
+                                   "TexImage2D(TEXTURE_2D, 1, RGB, 4, 2, 0, $, 24@96); GetError(); "
+                                   "PixelStorei(UNPACK_ALIGNMENT, 1); TexImage2D(TEXTURE_2D, 2, RGB, 2, 1, "
+                                   "0, $, 6@120); PixelStorei(UNPACK_ALIGNMENT, 4); GetError()",
+                                   "RGB, UNSIGNED_BYTE"));
     whole->CreateGLTexture();
-    const std::string uploads = Taken();
+    const std::string uploads = TakeLog();
     EXPECT_NE(uploads.find("MIN_FILTER, LINEAR_MIPMAP_LINEAR"), std::string::npos);
     EXPECT_EQ(uploads.find("PixelStorei"), std::string::npos);
 }

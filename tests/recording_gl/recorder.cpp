@@ -9,7 +9,7 @@
 namespace recording_gl {
 namespace {
 
-std::vector<Call> calls;
+std::string log;
 
 // Every enumerant that the plug-in uses, except those below 0x300, which names of objects may be.
 #define ENUMERANTS(...)                          \
@@ -36,6 +36,7 @@ std::string Print(char const* format, T value) {
 Script script;
 int addressLookups = 0;
 GLenum pendingError = GL_NO_ERROR;
+bool raised = false;
 
 std::string FormatInteger(int64_t value, bool isUnsigned) {
     auto const* const found = std::find(std::begin(kValues), std::end(kValues), value);
@@ -58,25 +59,24 @@ std::string Format(char const* text) {
     return '"' + std::string(text) + '"';
 }
 
-Call& Append(std::string const& function, std::string const& arguments) {
+void Append(std::string const& function, std::string const& arguments) {
     const std::string name = function.substr(function.starts_with("gl") ? 2 : 0);
-    if (std::deque<uint32_t>& errors = script.errors[name]; !errors.empty()) {
-        pendingError = pendingError != GL_NO_ERROR ? pendingError : errors.front();
-        errors.pop_front();
-    }
-    calls.emplace_back().text = name + '(' + arguments + ')';
-    return calls.back();
+    std::deque<uint32_t>& errors = script.errors[name];
+    raised = !errors.empty() && errors.front() != GL_NO_ERROR;
+    pendingError = raised && pendingError == GL_NO_ERROR ? errors.front() : pendingError;
+    errors.erase(errors.begin(), errors.begin() + !errors.empty());
+    log += (log.empty() ? "" : "\n") + name + '(' + arguments + ')';
 }
 
 void Reset() {
-    calls.clear();
+    log.clear();
     script = {};
     pendingError = GL_NO_ERROR;
     ForgetObjects();
 }
 
-std::vector<Call> TakeCalls() {
-    return std::exchange(calls, {});
+std::string TakeLog() {
+    return std::exchange(log, {});
 }
 
 }  // namespace recording_gl

@@ -11,11 +11,15 @@ namespace recording_gl {
 
 // The error that glGetError tells next.
 extern GLenum pendingError;
+extern bool raised;  // whether the last call raised a scripted error
 void ForgetObjects();
 
 std::string FormatInteger(int64_t value, bool isUnsigned);
 std::string Format(float value);
 std::string Format(char const* text);
+inline std::string Format(std::string const& shown) {
+    return shown;
+}
 template <typename T>
 std::string Format(T value) {
     if constexpr (std::is_pointer_v<T>) {
@@ -25,27 +29,21 @@ std::string Format(T value) {
     }
 }
 
-// Appends an entry to the log and raises the error that the script has for this function.
-Call& Append(std::string const& function, std::string const& arguments);
-
-// The new entry, or null when the log is off.
 template <typename... Arguments>
-Call* Record(char const* function, Arguments... arguments) {
-    if (!script.logging) {
-        return nullptr;
-    }
+void Record(char const* function, Arguments const&... arguments) {
     std::string text;
     ((text += (text.empty() ? "" : ", ") + Format(arguments)), ...);
-    return &Append(function, text);
+    Append(function, text);
 }
 
 }  // namespace recording_gl
 
-// A function with C linkage: the log shows the last arguments; then it evaluates its answer, which may use
-// call, the new entry.
-#define ANSWERED(result, name, parameters, answer, ...)                                             \
-    extern "C" result name parameters {                                                             \
-        [[maybe_unused]] auto* const call = recording_gl::Record(#name __VA_OPT__(, ) __VA_ARGS__); \
-        return result(answer);                                                                      \
+// A function with C linkage: the log shows the last arguments; then it evaluates its answer.
+#define ANSWERED(result, name, parameters, answer, ...)             \
+    extern "C" result name parameters {                             \
+        if (recording_gl::script.logging) {                         \
+            recording_gl::Record(#name __VA_OPT__(, ) __VA_ARGS__); \
+        }                                                           \
+        return result(answer);                                      \
     }
 #define LOGGED(name, parameters, ...) ANSWERED(void, name, parameters, 0, __VA_ARGS__)

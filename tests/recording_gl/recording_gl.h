@@ -8,21 +8,8 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace recording_gl {
-
-// One logged call, with copies of what its pointers pointed to at that moment.
-struct Call {
-    // As in "BlendFunc(SRC_ALPHA, 1)": without the prefixes of GL. Enumerants below 0x300, such as GL_ONE and
-    // GL_TRIANGLE_STRIP (5), stand as numbers. Pointers are "*" or "null", floats "%g", texts quoted.
-    std::string text;
-    std::vector<float> floats;         // the matrix of glUniformMatrix4fv
-    std::vector<std::string> strings;  // the fragments of glShaderSource
-    std::vector<uint8_t> bytes;        // texture pixels, program binaries
-    // At glDrawArrays: the 32-bit elements of each enabled client array, by attribute location.
-    std::map<uint32_t, std::vector<int32_t>> arrays;
-};
 
 // The answers. Reset gives the values that stand here.
 struct Script {
@@ -42,7 +29,15 @@ extern int addressLookups;
 
 // Forgets the log, the script, the GL objects and the pending error.
 void Reset();
-// Moves the log out.
-std::vector<Call> TakeCalls();
+// Adds a line to the log, as in "BlendFunc(SRC_ALPHA, 1)".
+void Append(std::string const& function, std::string const& arguments);
+// Moves the log out: the calls, one on each line, without the prefixes of GL. Enumerants below 0x300, such as
+// GL_ONE and GL_TRIANGLE_STRIP (5), stand as numbers, texts in quotes, floats as "%g". Data behind pointers
+// is shown where GL takes it: the elements of matrices in units of 1/65536, as "[1 2 3]"; the 32-bit elements
+// of the enabled client arrays by attribute location in glDrawArrays, as "0[1 2 3]"; images and program
+// binaries as "SIZE@FIRST BYTE". Other pointers are "*" or "null".
+std::string TakeLog();
+// The strings that a shader was given last, each with "#" behind it.
+std::string SourceOf(uint32_t shader);
 
 }  // namespace recording_gl

@@ -1,13 +1,15 @@
 // The OpenGL ES 2.0 functions that the plug-in uses.
 #include <algorithm>
+#include <iomanip>
+#include <iterator>
 #include <numeric>
+#include <sstream>
 #include <utility>
 
 #include "tests/recording_gl/recorder.h"
 
 namespace {
 
-using recording_gl::Call;
 using recording_gl::pendingError;
 using recording_gl::script;
 
@@ -35,23 +37,41 @@ GLuint Create(std::map<GLuint, T>& kind, size_t first, T const& object) {
     return script.refuseObjects ? 0 : kind.emplace(name, object).first->first;
 }
 
-template <typename T, typename Count>
-void Copy(Call* call, std::vector<T> Call::*member, void const* data, Count count) {
-    if (call != nullptr && data != nullptr) {
-        (call->*member).assign(static_cast<T const*>(data), static_cast<T const*>(data) + count);
-    }
+// "[1 2 3]".
+template <typename T>
+std::string List(T const* values, GLsizei count) {
+    std::ostringstream text;
+    std::copy(values, values + count, std::ostream_iterator<T>(text << std::setprecision(10), " "));
+    return '[' + text.str().substr(0, text.str().size() - 1) + ']';
 }
 
-void SetSource(Call* call, GLuint shader, std::vector<std::string> const& strings) {
-    if (call != nullptr) {
-        call->strings = strings;
-    }
-    objects.shaders[shader].second = std::accumulate(strings.begin(), strings.end(), std::string());
+std::string Elements(GLfloat const* matrix) {
+    std::array<double, 16> raw;
+    std::transform(matrix, matrix + 16, raw.begin(), [](GLfloat element) { return element * 65536.0; });
+    return List(raw.data(), 16);
 }
 
-void LoadBinary(Call* call, GLuint program, void const* binary, GLint length) {
-    Copy(call, &Call::bytes, binary, length);
-    objects.programs[program] = std::accumulate(std::begin(kNames), std::end(kNames), std::string());
+std::string Arrays(GLsizei vertices) {
+    std::string text;
+    for (size_t i = 0; i < objects.arrays.size(); ++i) {
+        ClientArray const& array = objects.arrays[i];
+        if (array.enabled && array.data != nullptr) {
+            text += (text.empty() ? "" : " ") + std::to_string(i) + List(array.data, array.size * vertices);
+        }
+    }
+    return text;
+}
+
+std::string Data(void const* bytes, size_t size) {
+    return bytes == nullptr
+               ? "null"
+               : std::to_string(size) + '@' + std::to_string(*static_cast<uint8_t const*>(bytes));
+}
+
+template <typename Count>
+std::string Joined(GLchar const* const* strings, Count count) {
+    return std::accumulate(strings, strings + count, std::string(),
+                           [](std::string const& all, char const* text) { return all + text + '#'; });
 }
 
 std::optional<std::string> const& ErrorOf(GLuint shader) {
@@ -75,24 +95,25 @@ void SetArray(GLuint index, GLint size, void const* data) {
     array = {array.enabled, size, static_cast<int32_t const*>(data)};
 }
 
-void CopyArrays(Call* call, GLsizei vertices) {
-    for (uint32_t i = 0; call != nullptr && i < objects.arrays.size(); ++i) {
-        ClientArray const& array = objects.arrays[i];
-        if (array.enabled && array.data != nullptr) {
-            call->arrays[i].assign(array.data, array.data + array.size * vertices);
-        }
-    }
-}
-
 size_t ImageSize(GLsizei width, GLsizei height, GLenum format, GLenum type) {
     const size_t pixel = type != GL_UNSIGNED_BYTE ? 2 : format == GL_RGB ? 3 : 4;
     return pixel * static_cast<size_t>(width) * static_cast<size_t>(height);
+}
+
+// With the bytes 1, 2, 3, ... unless the call fails.
+void Fill(void* pixels, size_t size) {
+    auto* const bytes = static_cast<uint8_t*>(pixels);
+    std::iota(bytes, bytes + (recording_gl::raised ? 0 : size), uint8_t{1});
 }
 
 }  // namespace
 
 void recording_gl::ForgetObjects() {
     objects = {};
+}
+
+std::string recording_gl::SourceOf(uint32_t shader) {
+    return objects.shaders[shader].second;
 }
 
 LOGGED(glClearStencil, (GLint s), s)
@@ -123,7 +144,7 @@ ANSWERED(void, glGetIntegerv, (GLenum name, GLint* value), *value = script.color
 ANSWERED(GLuint, glCreateShader, (GLenum type), Create(objects.shaders, 101, {type, std::string()}), type)
 ANSWERED(void, glShaderSource,
          (GLuint shader, GLsizei count, GLchar const* const* strings, GLint const* lengths),
-         SetSource(call, shader, {strings, strings + count}), shader, count, strings, lengths)
+         objects.shaders[shader].second = Joined(strings, count), shader, count, strings, lengths)
 ANSWERED(void, glGetShaderiv, (GLuint shader, GLenum name, GLint* value), *value = !ErrorOf(shader), shader,
          name, value)
 ANSWERED(void, glGetShaderInfoLog, (GLuint shader, GLsizei size, GLsizei* length, GLchar* log),
@@ -139,38 +160,30 @@ ANSWERED(GLint, glGetAttribLocation, (GLuint program, GLchar const* name), Locat
          name)
 ANSWERED(GLint, glGetUniformLocation, (GLuint program, GLchar const* name), LocationOf(program, name),
          program, name)
-ANSWERED(void, glUniformMatrix4fv, (GLint location, GLsizei count, GLboolean transpose, GLfloat const* value),
-         Copy(call, &Call::floats, value, 16 * count), location, count, transpose, value)
+LOGGED(glUniformMatrix4fv, (GLint location, GLsizei count, GLboolean transpose, GLfloat const* value),
+       location, count, transpose, Elements(value))
 ANSWERED(void, glVertexAttribPointer,
          (GLuint index, GLint size, GLenum type, GLboolean normalized, GLsizei stride, void const* data),
          SetArray(index, size, data), index, size, type, normalized, stride, data)
 ANSWERED(void, glEnableVertexAttribArray, (GLuint index), objects.arrays[index % 8].enabled = true, index)
 ANSWERED(void, glDisableVertexAttribArray, (GLuint index), objects.arrays[index % 8].enabled = false, index)
-ANSWERED(void, glDrawArrays, (GLenum mode, GLint first, GLsizei count), CopyArrays(call, first + count), mode,
-         first, count)
+LOGGED(glDrawArrays, (GLenum mode, GLint first, GLsizei count), mode, first, count, Arrays(first + count))
 ANSWERED(void, glGenTextures, (GLsizei count, GLuint* names),
          std::generate_n(names, count, [] { return ++objects.lastTexture; }), count, names)
-ANSWERED(void, glTexImage2D,
-         (GLenum target, GLint level, GLint internal, GLsizei width, GLsizei height, GLint border,
-          GLenum format, GLenum type, void const* data),
-         Copy(call, &Call::bytes, data, ImageSize(width, height, format, type)), target, level, internal,
-         width, height, border, format, type, data)
-ANSWERED(void, glCompressedTexImage2D,
-         (GLenum target, GLint level, GLenum internal, GLsizei width, GLsizei height, GLint border,
-          GLsizei size, void const* data),
-         Copy(call, &Call::bytes, data, size), target, level, internal, width, height, border, size, data)
+LOGGED(glTexImage2D,
+       (GLenum target, GLint level, GLint internal, GLsizei width, GLsizei height, GLint border,
+        GLenum format, GLenum type, void const* data),
+       target, level, internal, width, height, border, format, type,
+       Data(data, ImageSize(width, height, format, type)))
+LOGGED(glCompressedTexImage2D,
+       (GLenum target, GLint level, GLenum internal, GLsizei width, GLsizei height, GLint border,
+        GLsizei size, void const* data),
+       target, level, internal, width, height, border, size, Data(data, static_cast<size_t>(size)))
 // Not a function of the library: handed out by eglGetProcAddress. A binary has every name.
 ANSWERED(void, glProgramBinaryOES, (GLuint program, GLenum format, void const* binary, GLint length),
-         LoadBinary(call, program, binary, length), program, format, binary, length)
+         objects.programs[program] = Joined(kNames, std::size(kNames)), program, format,
+         Data(binary, static_cast<size_t>(length)), length)
 
-// Writes the bytes 1, 2, 3, ... unless it fails.
-extern "C" void glReadPixels(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format, GLenum type,
-                             void* pixels) {
-    const GLenum errorBefore = std::exchange(pendingError, GL_NO_ERROR);
-    recording_gl::Record("glReadPixels", x, y, width, height, format, type, pixels);
-    if (pendingError == GL_NO_ERROR) {
-        auto* const bytes = static_cast<uint8_t*>(pixels);
-        std::iota(bytes, bytes + ImageSize(width, height, format, type), uint8_t{1});
-    }
-    pendingError = errorBefore != GL_NO_ERROR ? errorBefore : pendingError;
-}
+ANSWERED(void, glReadPixels,
+         (GLint x, GLint y, GLsizei width, GLsizei height, GLenum format, GLenum type, void* pixels),
+         Fill(pixels, ImageSize(width, height, format, type)), x, y, width, height, format, type, pixels)
