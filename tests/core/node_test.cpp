@@ -219,14 +219,52 @@ TEST(GraphicsDevice, StacksItsStateAndResetsIt) {
         device.MergeTransformMatrix(move);
         EXPECT_EQ(device.GetTransformMatrix()[12], Fix(1.5 / opacity));
     }
-    device.PushOpacity(Fix(0.75));
-    EXPECT_EQ(device.GetOpacity(), Fix(0.75));
     device.PopOpacity();
-    EXPECT_EQ(device.GetOpacity(), Fix(0.25));
+    EXPECT_EQ(device.GetOpacity(), Fix(0.5));
     device.Reset({10, 20, 40, 60});
     EXPECT_EQ(device.GetViewport(), (RectangleT<int>{10, 20, 40, 60}));
     EXPECT_TRUE(IsIdentity(device.GetTransformMatrix()));
     EXPECT_EQ(device.GetOpacity(), Fix(1));
+}
+
+struct Listener final : detail::callable<void(RealFixed const&)> {
+    explicit Listener(int& times) : heard(times) {}
+    void operator()(RealFixed const&) override { ++heard; }
+    int& heard;
+};
+
+TEST(Property, NotifiesForEqualValuesToo) {
+    int heard = 0;
+    const RefT<TransformNode> node(new TransformNode);
+    ASSERT_TRUE(node->opacity.changed.Add(new Listener(heard)));
+    node->opacity.Set(Fix(1));
+    node->opacity.Set(Fix(1));
+    // A copy has the value, but not the listener.
+    static_cast<TransformNode&>(*RefT<Node>(node->Clone())).opacity.Set({});
+    EXPECT_EQ(heard, 2);
+}
+
+struct CountingNode final : TransformNode {
+    void RegisterProperties() override {
+        ++registrations;
+        TransformNode::RegisterProperties();
+    }
+    int registrations = 0;
+};
+
+TEST(Property, IsRegisteredOnceBeforeItsFirstUse) {
+    for (int use = 0; use < 3; ++use) {
+        const RefT<CountingNode> node(new CountingNode);
+        for (int round = 0; round < 2; ++round) {
+            FakeDevice device;
+            use == 0   ? node->opacity.Set({})
+            : use == 1 ? node->Update(device, {})
+                       : void(node->GetProperties());
+            EXPECT_EQ(node->registrations, 1);
+        }
+        EXPECT_EQ(node->GetProperties().Find("opacity"), &node->opacity);
+        EXPECT_EQ(node->GetProperties().Find("opa"), nullptr);
+    }
 }
 
 }  // namespace

@@ -48,23 +48,20 @@ class SceneTest : public testing::Test {
 
 TEST_F(SceneTest, SavesWhatItLoads) {
     ASSERT_TRUE(scene.Parse(kWhole, backend.registry)) << scene.Error();
-    ExpectSavesWhatItLoads(scene, backend.registry);
-    EXPECT_EQ(scene.size, (SizeT<int32_t>{640, 480}));
-    EXPECT_EQ(scene.background.red, RealFixed::FromRaw(6554));
-    EXPECT_EQ(scene.camera2d->width, Fix(641));
+    const std::string saved = ExpectSavesWhatItLoads(scene, backend.registry);
+    for (char const* line :
+         {R"("size": [640, 480])", R"("background": [0.1, 0.2, 0.3, 1])", R"("camera2d": [641, 481])",
+          R"("start": 0.5)", R"("mode": "ping-pong")", R"("playing": false)", R"("position": [1, 2, 3])",
+          R"("masks": 2)", R"("height": 4)", R"("transferMode": 12)", R"("string": "Grüße")",
+          R"("box": [200.5, 0])", R"("alignment": "right bottom")", R"("letterSpacing": -2)",
+          R"("lineSpacing": 5)", R"("font": "tiny")", R"("name": "tab\t\"quotes\" \\ € \u0001")",
+          R"("binary": "AQID")", R"("data": "CAk=")"}) {
+        EXPECT_NE(saved.find(line), std::string::npos) << line << saved;
+    }
     EXPECT_EQ(Shader::Find(4000000000u), scene.shaders[0].Get());
-    EXPECT_EQ(scene.shaders[0]->binary.Get(), (std::vector<uint8_t>{1, 2, 3}));
-    EXPECT_EQ(scene.root->name, "tab\t\"quotes\" \\ € \x01");
-    EXPECT_EQ(scene.root->mode.Get(), PlaybackMode::PingPong);
-    EXPECT_EQ(scene.root->start.Get(), Fix(0.5));
-    EXPECT_FALSE(scene.root->IsPlaying());
-    EXPECT_EQ(scene.root->GetCamera()->position.Get().y, Fix(2));
-    EXPECT_EQ(scene.textures[0]->pixels.data[9], 9);
     EXPECT_EQ(scene.textures[1]->format.Get(), TextureFormat::AtcRgbaExplicitAlpha);
     FakeSprite* padded = Find(*scene.root, "s");
     EXPECT_EQ(padded->GetTexture(), scene.textures[0].Get());
-    EXPECT_EQ(padded->GetMasks().Count(), 2u);
-    EXPECT_EQ(padded->height.Get(), 4);
     // Sprites show the used part of their textures; tracks change these through the same call.
     EXPECT_EQ(padded->textureChanges, 1);
     EXPECT_EQ(static_cast<FakeSprite*>(padded->GetChildren()[0])->textureChanges, 0);
@@ -89,12 +86,8 @@ TEST_F(SceneTest, KeepsTextsAndGlyphTables) {
     const RefT<Node> copy(Find<Text>(*scene.root, "x")->Clone());
     Text const& text = static_cast<Text const&>(*copy);
     EXPECT_EQ(text.font.Get().Get(), scene.fonts[0].Get());
-    EXPECT_EQ(text.string.Get(), MStringT<wchar_t>(L"Grüße"));
     EXPECT_TRUE(text.hasBox.Get());
-    EXPECT_EQ(text.box.Get(), (SizeT<RealFixed>{Fix(200.5), {}}));
-    EXPECT_EQ(text.alignment.Get(), TextAlignment::Right | TextAlignment::Bottom);
     EXPECT_EQ(text.letterSpacing.Get(), -2);
-    EXPECT_EQ(text.lineSpacing.Get(), 5);
     Font& font = *scene.fonts[0];
     Glyph const& zhe = *font.FindGlyph(0x416);
     EXPECT_EQ(std::tie(zhe.width, zhe.height), std::make_tuple(2, 1));

@@ -5,9 +5,9 @@
 #include <cstring>
 #include <numeric>
 
-#include "core/texture.h"
+#include "tests/core/fake_backend.h"
 
-namespace zorvan {
+namespace zorvan::test {
 namespace {
 
 TEST(PixelFormat, Keeps16BitPixels) {
@@ -68,5 +68,25 @@ TEST(TextureDataSize, CountsBlocksAndOverflows) {
     }
 }
 
+TEST(Texture, RewritesItsLevelsWithTheFormat) {
+    const RefT<FakeTexture> texture(new FakeTexture);
+    texture->width.Set(6);
+    texture->height.Set(5);
+    ASSERT_TRUE(texture->SizePixelStore(6 * 5 * 4 + 4));
+    constexpr TextureLevel kPlain[] = {{6, 5, 0, 120}, {1, 1, 120, 4}};
+    texture->levels.Append(kPlain[0]);
+    texture->levels.Append(kPlain[1]);
+    for (uint32_t format : {TextureFormat::AtcRgb, TextureFormat::AtcRgbaExplicitAlpha}) {
+        texture->format.Set(format);
+        ASSERT_EQ(texture->levels.Count(), 1u);
+        EXPECT_EQ(texture->levels[0], (TextureLevel{6, 5, 0, format == TextureFormat::AtcRgb ? 32u : 64u}));
+    }
+    texture->format.Set(TextureFormat::Rgba8888);
+    ASSERT_EQ(texture->levels.Count(), 2u);
+    EXPECT_EQ(texture->levels[1], kPlain[1]);
+    ASSERT_TRUE(texture->SizePixelStore(16));
+    EXPECT_TRUE(texture->levels.IsEmpty());
+}
+
 }  // namespace
-}  // namespace zorvan
+}  // namespace zorvan::test
