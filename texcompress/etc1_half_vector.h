@@ -12,8 +12,6 @@
 #ifndef ZORVAN_TEXCOMPRESS_ETC1_HALF_VECTOR_H
 #define ZORVAN_TEXCOMPRESS_ETC1_HALF_VECTOR_H
 
-#include <climits>
-
 #include "texcompress/etc1_bases_vector.h"
 #include "texcompress/etc1_encode.h"
 #include "texcompress/tile.h"
@@ -139,7 +137,8 @@ struct Etc1Errors {
     }
 };
 
-/// Errors of the tables that do not clamp, INT32_MAX for the others.
+/// Errors as they would be if nothing clamped. Clamping moves colours towards the pixels, so that the errors
+/// of tables that do clamp are no larger than these.
 [[gnu::always_inline]] inline Etc1Errors EvaluateByDistances(const Etc1Pixels& pixels, int half,
                                                              const Etc1Base& base) {
     alignas(32) int32_t distances[8];
@@ -161,8 +160,8 @@ struct Etc1Errors {
         const auto larges = LoadVector<I32>(kEtc1Columns[3] + group * kLanes);
         const I32 gain = Product(SplitFactor(I32{} + total), ByteFactor(smalls)) +
                          Product(SplitFactor(beyond[group]), ByteFactor(larges - smalls));
-        const I32 sum = LoadVector<I32>(kEtc1SmallSquares + group * kLanes) + base.constant - (gain + gain);
-        errors.groups[group] = Select(I32(larges <= base.room), sum, I32{} + INT32_MAX);
+        errors.groups[group] =
+            LoadVector<I32>(kEtc1SmallSquares + group * kLanes) + base.constant - (gain + gain);
     }
     return errors;
 }
@@ -186,6 +185,7 @@ struct Etc1Errors {
 
 /// The best table for a base colour, the first of equally good ones.
 inline Etc1Half CodeHalf(const Etc1Pixels& pixels, int half, const Etc1Base& base) {
+    // Were the best of these errors of a table that clamps, its group's bound would be no larger.
     Etc1Errors errors = EvaluateByDistances(pixels, half, base);
     int32_t best = errors.Least();
     for (int group = 0; group < kEtc1Groups; ++group) {
