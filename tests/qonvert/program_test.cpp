@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "tests/qonvert/tool.h"
+#include "tools/qonvert/transform.h"
 
 namespace qonvert {
 namespace {
@@ -56,6 +57,39 @@ TEST_F(Program, SameBytesForEveryNumberOfThreads) {
             EXPECT_EQ(Run(convert + " --overwrite -o many --threads " + threads).code, 0);
             EXPECT_TRUE(Shell("diff -r many one-" + format)) << format << ' ' << threads;
         }
+    }
+}
+
+TEST_F(Program, OptionsReachTheConverter) {
+    const TextureFile source = NoiseTexture(FMT_RGBA8888, 20, 12);
+    Write("a.dds", WriteContainer(*FindContainer("dds"), source, {}));
+    const struct {
+        const char* options;
+        Recipe recipe;  // format RGBA8888 and 20 x 12 pixels where it says 0
+    } rows[] = {
+        {"", {}},
+        {"--mirror-x", {.steps = {.mirrorX = true}}},
+        {"--flip-y", {.steps = {.flipY = true}}},
+        {"-s 50%", {.width = 10, .height = 6}},
+        {"-s 7x5 --filter point", {.width = 7, .height = 5, .steps = {.filter = 1}}},
+        {"-s 7x5 --filter four", {.width = 7, .height = 5, .steps = {.filter = 3}}},
+        {"-s 7x5 --filter cubic", {.width = 7, .height = 5, .steps = {.filter = 4}}},
+        {"--normal-map diagonal", {.steps = {.normalMap = 1}}},
+        {"--normal-map sobel --strength -2.5", {.steps = {.normalMap = 2, .strengthTenths = -25}}},
+        {"--normal-map prewitt --wrap", {.steps = {.normalMap = 3, .wrap = true}}},
+        {"-f atitc_rgb", {.format = FMT_ATITC_RGB}},
+        {"-f atitc_rgb --fast", {.format = FMT_ATITC_RGB, .steps = {.fastCompress = true}}},
+        {"--mips", {.levels = UINT32_MAX}},
+        {"-m 2", {.levels = 2}},
+        {"--mips=3", {.levels = 3}},
+    };
+    for (auto [options, recipe] : rows) {
+        EXPECT_EQ(Run(std::string("convert a.dds b.raw --overwrite ") + options).code, 0) << options;
+        recipe.format = recipe.format != 0 ? recipe.format : std::uint32_t{FMT_RGBA8888};
+        recipe.width = recipe.width != 0 ? recipe.width : 20;
+        recipe.height = recipe.height != 0 ? recipe.height : 12;
+        const Bytes expected = WriteContainer(*FindContainer("raw"), Transform(source, recipe).texture, {});
+        EXPECT_EQ(Read("b.raw"), std::string(expected.begin(), expected.end())) << options;
     }
 }
 

@@ -4,7 +4,6 @@
 #include <optional>
 
 #include "texconv/format_table.h"
-#include "tools/qonvert/block_halves.h"
 #include "tools/qonvert/byte_io.h"
 #include "tools/qonvert/dds_formats.h"
 #include "tools/qonvert/pixels.h"
@@ -53,10 +52,9 @@ struct Header {
 struct Layout {
     std::uint32_t code = 0;      // of the texture that is read
     std::uint32_t fileCode = 0;  // of the pixels in the file
-    bool swapHalves = false;
-    bool swapPairs = false;
-    std::optional<ChannelMasks> masks;  // of a plain layout that no format has
     std::string name;
+    Rearrangement change = Rearrangement::kNone;
+    std::optional<ChannelMasks> masks;  // of a plain layout that no format has
 };
 
 std::string FourCcText(std::uint32_t word) {
@@ -115,7 +113,7 @@ Layout LayoutOfDxgi(ByteReader& reader) {
     }
     for (const DdsDxgi& row : kDdsDxgis) {
         if (row.dxgi == dxgi) {
-            return {row.code, row.code, row.swappedHalves, false, {}, std::string("DX10 ") + row.name};
+            return {row.code, row.code, std::string("DX10 ") + row.name, row.change, {}};
         }
     }
     Reject(FindingNumber::kUnsupportedFormat, "dxgiFormat", std::to_string(dxgi), "28, 65, 80, 83, 85 or 87");
@@ -124,7 +122,7 @@ Layout LayoutOfDxgi(ByteReader& reader) {
 Layout LayoutOfFourCc(std::uint32_t fourCc) {
     for (const DdsFourCc& row : kDdsFourCcs) {
         if (row.fourCc == fourCc) {
-            return {row.code, row.code, row.swappedHalves, false, {}, FourCcText(fourCc)};
+            return {row.code, row.code, FourCcText(fourCc), row.change, {}};
         }
     }
     Reject(FindingNumber::kUnsupportedFormat, "ddspf.dwFourCC", FourCcText(fourCc),
@@ -152,24 +150,20 @@ Layout LayoutOfMasks(const Header& header) {
     for (const FormatInfo& row : QXTextureConverter::kFormats) {
         if (row.formatClass == QXTextureConverter::FormatClass::kPlain && row.bitsPerPixel == header.bits &&
             row.masks == masks) {
-            return {row.code, row.code, false, false, {}, name};
+            return {row.code, row.code, name, Rearrangement::kNone, {}};
         }
     }
     if (header.bits == 16 && masks == ChannelMasks{0xFF, 0xFF, 0xFF, 0xFF00}) {
-        return {FMT_LA88, FMT_LA88, false, true, {}, name};
+        return {FMT_LA88, FMT_LA88, name, Rearrangement::kSwapPairs, {}};
     }
     // The converter takes any mask but 0, which stands for the format's own.
     const bool coloured = masks.red != 0 && masks.green != 0 && masks.blue != 0;
     const bool alpha = masks.alpha != 0;
     const std::uint32_t target = alpha ? FMT_RGBA8888 : FMT_RGB888;
-    if (coloured && header.bits == 32) {
-        return {target, FMT_RGBA8888, false, false, masks, name};
-    }
-    if (coloured && header.bits == 24) {
-        return {target, FMT_RGB888, false, false, masks, name};
-    }
-    if (coloured && header.bits == 16) {
-        return {target, FMT_RGB565, false, false, masks, name};
+    for (const std::uint32_t fileCode : {FMT_RGBA8888, FMT_RGB888, FMT_RGB565}) {
+        if (coloured && header.bits == FindFormat(fileCode)->bitsPerPixel) {
+            return {target, fileCode, name, Rearrangement::kNone, masks};
+        }
     }
     Reject(FindingNumber::kUnsupportedFormat, "pixel format", name,
            "red, green and blue masks over 16, 24 or 32 bits");
@@ -209,11 +203,7 @@ Bytes ReadLevel(ByteReader& reader, const Layout& layout, std::uint32_t number, 
                                    {masks.red, masks.green, masks.blue, masks.alpha}, layout.code);
     }
     Bytes level(data.begin(), data.end());
-    if (layout.swapHalves) {
-        SwapBlockHalves(level);
-    } else if (layout.swapPairs) {
-        SwapBytes(level, 2);
-    }
+    Rearrange(level, layout.change);
     return level;
 }
 
@@ -221,14 +211,13 @@ struct PixelFormat {
     std::uint32_t flags = 0, fourCc = 0, bits = 0;
     ChannelMasks masks;
     std::uint32_t dxgi = 0;
-    bool swapHalves = false;
-    std::size_t swapBytes = 0;  // size of the units whose bytes are reversed, 0 for none
+    Rearrangement change = Rearrangement::kNone;
 };
 
 std::optional<PixelFormat> DxgiPixelFormat(std::uint32_t code) {
     for (const DdsDxgi& row : kDdsDxgis) {
         if (row.code == code) {
-            return PixelFormat{kHasFourCc, kDx10, 0, {}, row.dxgi, row.swappedHalves, 0};
+            return PixelFormat{kHasFourCc, kDx10, 0, {}, row.dxgi, row.change};
         }
     }
     return {};
@@ -241,7 +230,7 @@ PixelFormat FourCcPixelFormat(std::uint32_t code, DdsNames names) {
             found = &row;
         }
     }
-    return {kHasFourCc, found->fourCc, 0, {}, 0, found->swappedHalves, 0};
+    return {kHasFourCc, found->fourCc, 0, {}, 0, found->change};
 }
 
 PixelFormat PlainPixelFormat(const FormatInfo& info) {
@@ -260,10 +249,10 @@ PixelFormat PlainPixelFormat(const FormatInfo& info) {
     // The orders that every reader knows: luminance, or blue, in the low byte.
     if (info.code == FMT_LA88) {
         format.masks = {0xFF, 0, 0, 0xFF00};
-        format.swapBytes = 2;
+        format.change = Rearrangement::kSwapPairs;
     } else if (info.code == FMT_RGB888) {
         format.masks = {0xFF0000, 0xFF00, 0xFF, 0};
-        format.swapBytes = 3;
+        format.change = Rearrangement::kSwapTriples;
     }
     return format;
 }
@@ -344,11 +333,7 @@ Bytes WriteDds(const TextureFile& texture, const WriteOptions& options) {
         }
     }
     for (Bytes level : texture.levels) {
-        if (format.swapHalves) {
-            SwapBlockHalves(level);
-        } else if (format.swapBytes != 0) {
-            SwapBytes(level, format.swapBytes);
-        }
+        Rearrange(level, format.change);
         Append(out, level);
     }
     return out;

@@ -5,6 +5,7 @@
 
 #include "texconv/qonvert.h"
 #include "tools/qonvert/container.h"
+#include "tools/qonvert/rearrange.h"
 
 namespace qonvert {
 
@@ -19,34 +20,34 @@ constexpr std::uint32_t FourCc(const char (&text)[5]) {
 struct DdsFourCc {
     std::uint32_t code;
     std::uint32_t fourCc;
-    DdsNames names;      // that write this row
-    bool swappedHalves;  // red half first, against the codec's green first
+    DdsNames names;  // that write this row
+    Rearrangement change = Rearrangement::kNone;
 };
 
 // Read in full; the first row of a code that fits the chosen names is written.
 inline constexpr DdsFourCc kDdsFourCcs[] = {
-    {FMT_ATITC_RGB, FourCc("ATC "), DdsNames::kAti, false},
-    {FMT_ATITC_RGBA_EXPLICIT, FourCc("ATCA"), DdsNames::kAti, false},
-    {FMT_ATITC_RGBA_EXPLICIT, FourCc("ATCE"), DdsNames::kAti, false},
-    {FMT_ATITC_RGBA_INTERPOLATED, FourCc("ATCI"), DdsNames::kAti, false},
-    {FMT_ETC1_RGB8, FourCc("ETC1"), DdsNames::kAti, false},
-    {FMT_3DC_X, FourCc("ATI1"), DdsNames::kAti, false},
-    {FMT_3DC_X, FourCc("BC4U"), DdsNames::kBc, false},
-    {FMT_3DC_XY, FourCc("ATI2"), DdsNames::kAti, false},
-    {FMT_3DC_XY, FourCc("BC5U"), DdsNames::kBc, true},
+    {FMT_ATITC_RGB, FourCc("ATC "), DdsNames::kAti},
+    {FMT_ATITC_RGBA_EXPLICIT, FourCc("ATCA"), DdsNames::kAti},
+    {FMT_ATITC_RGBA_EXPLICIT, FourCc("ATCE"), DdsNames::kAti},
+    {FMT_ATITC_RGBA_INTERPOLATED, FourCc("ATCI"), DdsNames::kAti},
+    {FMT_ETC1_RGB8, FourCc("ETC1"), DdsNames::kAti},
+    {FMT_3DC_X, FourCc("ATI1"), DdsNames::kAti},
+    {FMT_3DC_X, FourCc("BC4U"), DdsNames::kBc},
+    {FMT_3DC_XY, FourCc("ATI2"), DdsNames::kAti},
+    {FMT_3DC_XY, FourCc("BC5U"), DdsNames::kBc, Rearrangement::kSwapHalves},
 };
 
 struct DdsDxgi {
     std::uint32_t code;
     std::uint32_t dxgi;
     const char* name;  // without DXGI_FORMAT_
-    bool swappedHalves;
+    Rearrangement change = Rearrangement::kNone;
 };
 
 inline constexpr DdsDxgi kDdsDxgis[] = {
-    {FMT_RGBA8888, 28, "R8G8B8A8_UNORM", false}, {FMT_BGRA8888, 87, "B8G8R8A8_UNORM", false},
-    {FMT_RGB565, 85, "B5G6R5_UNORM", false},     {FMT_A8, 65, "A8_UNORM", false},
-    {FMT_3DC_X, 80, "BC4_UNORM", false},         {FMT_3DC_XY, 83, "BC5_UNORM", true},
+    {FMT_RGBA8888, 28, "R8G8B8A8_UNORM"}, {FMT_BGRA8888, 87, "B8G8R8A8_UNORM"},
+    {FMT_RGB565, 85, "B5G6R5_UNORM"},     {FMT_A8, 65, "A8_UNORM"},
+    {FMT_3DC_X, 80, "BC4_UNORM"},         {FMT_3DC_XY, 83, "BC5_UNORM", Rearrangement::kSwapHalves},
 };
 
 }  // namespace qonvert

@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "texconv/format_table.h"
-#include "tools/qonvert/block_halves.h"
 #include "tools/qonvert/byte_io.h"
 #include "tools/qonvert/ktx1_formats.h"
 
@@ -154,23 +153,6 @@ Origin ReadKeyValues(ByteReader& reader, const Header& header, bool bigEndian, F
     return origin;
 }
 
-// Between the converter's layout and GL's; each change undoes itself.
-void ApplyFix(KtxFix fix, Bytes& level, std::uint32_t format) {
-    switch (fix) {
-        case KtxFix::kNone:
-            break;
-        case KtxFix::kSwapPairs:
-            SwapBytes(level, 2);
-            break;
-        case KtxFix::kSwapHalves:
-            SwapBlockHalves(level);
-            break;
-        case KtxFix::kNibbles:
-            SwapNibbles(level, TableBytes(format));
-            break;
-    }
-}
-
 struct LevelLayout {
     std::uint64_t rowBytes;     // without padding
     std::uint64_t paddedBytes;  // of a row in the file
@@ -200,7 +182,7 @@ Bytes ReadLevel(ByteReader& reader, const KtxFormat& row, std::uint32_t number, 
     for (std::uint32_t y = 0; y < layout.rows; ++y) {
         Append(level, data.subspan(y * layout.paddedBytes, layout.rowBytes));
     }
-    ApplyFix(row.fix, level, row.code);
+    Rearrange(level, row.fix, TableBytes(row.code));
     return level;
 }
 
@@ -253,7 +235,7 @@ void AppendOrientation(Bytes& out, Origin origin) {
 }
 
 void AppendLevel(Bytes& out, const KtxFormat& row, Bytes level, const LevelLayout& layout) {
-    ApplyFix(row.fix, level, row.code);
+    Rearrange(level, row.fix, TableBytes(row.code));
     AppendWord(out, static_cast<std::uint32_t>(layout.paddedBytes * layout.rows));
     for (std::uint32_t y = 0; y < layout.rows; ++y) {
         Append(out, ByteSpan(level).subspan(y * layout.rowBytes, layout.rowBytes));

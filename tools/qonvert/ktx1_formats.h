@@ -4,16 +4,9 @@
 #include <cstdint>
 
 #include "texconv/qonvert.h"
+#include "tools/qonvert/rearrange.h"
 
 namespace qonvert {
-
-// What has to be done between the converter's layout and GL's.
-enum class KtxFix : std::uint8_t {
-    kNone,
-    kSwapPairs,   // GL wants luminance before alpha
-    kSwapHalves,  // RGTC2 wants the red half of a block first
-    kNibbles,     // the first pixel of a byte lies in the high nibble
-};
 
 struct KtxFormat {
     std::uint32_t code;
@@ -21,9 +14,9 @@ struct KtxFormat {
     std::uint32_t typeSize;  // glTypeSize
     std::uint32_t layout;    // glFormat, 0 for compressed
     std::uint32_t internalFormat;
-    std::uint32_t base;  // glBaseInternalFormat
-    const char* name;    // token of internalFormat
-    KtxFix fix = KtxFix::kNone;
+    std::uint32_t base;                        // glBaseInternalFormat
+    const char* name;                          // token of internalFormat
+    Rearrangement fix = Rearrangement::kNone;  // from the converter's layout to GL's
 };
 
 namespace gl {
@@ -50,16 +43,16 @@ inline constexpr KtxFormat kKtxFormats[] = {
     {FMT_RGBA5551, 0x8034, 2, gl::kRgba, 0x8057, gl::kRgba, "GL_RGB5_A1"},
     {FMT_RGBA4444, 0x8033, 2, gl::kRgba, 0x8056, gl::kRgba, "GL_RGBA4"},
     {FMT_LA88, gl::kByte, 1, gl::kLuminanceAlpha, 0x8045, gl::kLuminanceAlpha, "GL_LUMINANCE8_ALPHA8",
-     KtxFix::kSwapPairs},
+     Rearrangement::kSwapPairs},
     {FMT_L8, gl::kByte, 1, gl::kLuminance, 0x8040, gl::kLuminance, "GL_LUMINANCE8"},
     {FMT_A8, gl::kByte, 1, gl::kAlpha, 0x803C, gl::kAlpha, "GL_ALPHA8"},
     {FMT_BGRA8888, gl::kByte, 1, gl::kBgra, 0x93A1, gl::kBgra, "GL_BGRA8_EXT"},
     {FMT_L16, gl::kShort, 2, gl::kLuminance, 0x8042, gl::kLuminance, "GL_LUMINANCE16"},
-    {FMT_P4_RGB888, 0, 1, 0, 0x8B90, gl::kRgb, "GL_PALETTE4_RGB8_OES", KtxFix::kNibbles},
-    {FMT_P4_RGBA8888, 0, 1, 0, 0x8B91, gl::kRgba, "GL_PALETTE4_RGBA8_OES", KtxFix::kNibbles},
-    {FMT_P4_RGB565, 0, 1, 0, 0x8B92, gl::kRgb, "GL_PALETTE4_R5_G6_B5_OES", KtxFix::kNibbles},
-    {FMT_P4_RGBA4444, 0, 1, 0, 0x8B93, gl::kRgba, "GL_PALETTE4_RGBA4_OES", KtxFix::kNibbles},
-    {FMT_P4_RGBA5551, 0, 1, 0, 0x8B94, gl::kRgba, "GL_PALETTE4_RGB5_A1_OES", KtxFix::kNibbles},
+    {FMT_P4_RGB888, 0, 1, 0, 0x8B90, gl::kRgb, "GL_PALETTE4_RGB8_OES", Rearrangement::kSwapNibbles},
+    {FMT_P4_RGBA8888, 0, 1, 0, 0x8B91, gl::kRgba, "GL_PALETTE4_RGBA8_OES", Rearrangement::kSwapNibbles},
+    {FMT_P4_RGB565, 0, 1, 0, 0x8B92, gl::kRgb, "GL_PALETTE4_R5_G6_B5_OES", Rearrangement::kSwapNibbles},
+    {FMT_P4_RGBA4444, 0, 1, 0, 0x8B93, gl::kRgba, "GL_PALETTE4_RGBA4_OES", Rearrangement::kSwapNibbles},
+    {FMT_P4_RGBA5551, 0, 1, 0, 0x8B94, gl::kRgba, "GL_PALETTE4_RGB5_A1_OES", Rearrangement::kSwapNibbles},
     {FMT_P8_RGB888, 0, 1, 0, 0x8B95, gl::kRgb, "GL_PALETTE8_RGB8_OES"},
     {FMT_P8_RGBA8888, 0, 1, 0, 0x8B96, gl::kRgba, "GL_PALETTE8_RGBA8_OES"},
     {FMT_P8_RGB565, 0, 1, 0, 0x8B97, gl::kRgb, "GL_PALETTE8_R5_G6_B5_OES"},
@@ -70,7 +63,7 @@ inline constexpr KtxFormat kKtxFormats[] = {
     {FMT_ATITC_RGBA_INTERPOLATED, 0, 1, 0, 0x87EE, gl::kRgba, "GL_ATC_RGBA_INTERPOLATED_ALPHA_AMD"},
     {FMT_ETC1_RGB8, 0, 1, 0, 0x8D64, gl::kRgb, "GL_ETC1_RGB8_OES"},
     {FMT_3DC_X, 0, 1, 0, 0x8DBB, gl::kRed, "GL_COMPRESSED_RED_RGTC1"},
-    {FMT_3DC_XY, 0, 1, 0, 0x8DBD, gl::kRg, "GL_COMPRESSED_RG_RGTC2", KtxFix::kSwapHalves},
+    {FMT_3DC_XY, 0, 1, 0, 0x8DBD, gl::kRg, "GL_COMPRESSED_RG_RGTC2", Rearrangement::kSwapHalves},
     {FMT_3DC_X, 0, 1, 0, 0x87F9, gl::kRed, "GL_3DC_X_AMD"},
     {FMT_3DC_XY, 0, 1, 0, 0x87FA, gl::kRg, "GL_3DC_XY_AMD"},
     {FMT_RGBA32F, gl::kFloat, 4, gl::kRgba, 0x8814, gl::kRgba, "GL_RGBA32F"},

@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include "texconv/format_table.h"
-#include "tools/qonvert/block_halves.h"
 #include "tools/qonvert/pixels.h"
+#include "tools/qonvert/rearrange.h"
 
 namespace qonvert {
 
