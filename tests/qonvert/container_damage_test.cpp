@@ -124,6 +124,7 @@ const Damage kDamages[] = {
     {"dds height absurd", "dds", FMT_ETC1_RGB8, 12, 0xFFFFFFFF, 104},
     {"dds height large", "dds", FMT_RGBA8888, 12, 60000, 105},
     {"dds width absurd", "dds", FMT_RGBA8888, 16, 0x40000001, 104},
+    {"dds side just too large", "dds", FMT_RGBA8888, 16, 65537, 104},
     {"dds both sides large", "dds", FMT_RGBA8888, 16, 65536, 105},
     {"dds too many levels", "dds", FMT_RGBA8888, 28, 7, 107},
     {"dds pixel format size", "dds", FMT_RGBA8888, 76, 24, 103},

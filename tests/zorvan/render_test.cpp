@@ -66,17 +66,24 @@ TEST_F(Render, OptionsSetTimeSizeColorsAndCamera) {
     EXPECT_EQ(Picture("--size 512x300").height, 300u);
 }
 
-TEST_F(Render, SupersamplingSmoothsOnlyEdges) {
+TEST_F(Render, SupersamplingAveragesALargerSurface) {
     EXPECT_TRUE(Picture("--supersample 3") == Picture(""));
     WriteText("tilted.json", R"({"version": 1, "size": [64, 64], "camera2d": [65, 65], "root": {"children": [
         {"class": "Sprite", "width": 40, "height": 40, "position": [32, 4, 0], "rotation": [0, 0, 40]}]}})");
-    const auto shades = [&](char const* options) {
-        const Image image = Picture(options, "tilted.json");
-        return std::count_if(image.rgba.begin(), image.rgba.end(),
-                             [](uint8_t c) { return c != 0 && c != 255; });
-    };
-    EXPECT_EQ(shades(""), 0);
-    EXPECT_GT(shades("--supersample 4"), 60);
+    const Image small = Picture("--supersample 4", "tilted.json");
+    const Image large = Picture("--size 256x256", "tilted.json");
+    uint32_t shades = 0;
+    for (uint32_t x = 0; x < 64; ++x) {
+        for (uint32_t y = 0; y < 64; ++y) {
+            uint32_t sum = 8;
+            for (uint32_t n = 0; n < 16; ++n) {
+                sum += PixelAt(large, 4 * x + n % 4, 4 * y + n / 4) >> 24;
+            }
+            ASSERT_EQ(PixelAt(small, x, y) >> 24, sum / 16) << x << ", " << y;
+            shades += sum / 16 % 255 != 0 ? 1 : 0;
+        }
+    }
+    EXPECT_GT(shades, 20u);
 }
 
 TEST_F(Render, TellsWhereNodesLie) {

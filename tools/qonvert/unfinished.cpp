@@ -5,6 +5,7 @@
 #include <csignal>
 #include <mutex>
 #include <set>
+#include <system_error>
 #include <thread>
 
 namespace qonvert {
@@ -47,12 +48,17 @@ void RemoveUnfinishedOnSignals() {
     }
     // Inherited by every thread, so that only the one that waits gets them.
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    std::thread([signals] {
-        int signal = 0;
-        if (sigwait(&signals, &signal) == 0) {
-            RemoveAllAndDie(signal, signals);
-        }
-    }).detach();
+    try {
+        std::thread([signals] {
+            int signal = 0;
+            if (sigwait(&signals, &signal) == 0) {
+                RemoveAllAndDie(signal, signals);
+            }
+        }).detach();
+    } catch (const std::system_error&) {
+        // Without that thread they end the program as ever.
+        pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    }
 }
 
 bool BeginUnfinished(const std::string& name, const std::function<bool()>& begin) {
