@@ -115,9 +115,9 @@ TEST(Etc1Encoder, FarHalvesUseIndividualColors) {
 TEST(Etc1Encoder, KeepsTheBetterCandidateAndTheAverageOneOnATie) {
     constexpr int kWidth = 72;
     const TestImage image = CorpusImage(kWidth, 200);
-    std::vector<Rgb> pixels;
-    for (size_t i = 0; i < image.pixels.size(); i += 4) {
-        pixels.push_back({image.pixels[i], image.pixels[i + 1], image.pixels[i + 2]});
+    std::vector<Rgb> pixels(image.pixels.size() / 4);
+    for (size_t i = 0; i < pixels.size(); ++i) {
+        pixels[i] = {image.pixels[4 * i], image.pixels[4 * i + 1], image.pixels[4 * i + 2]};
     }
     std::vector<Rgb> scratch(pixels.size());
     int ties = 0;
@@ -139,8 +139,7 @@ TEST(Etc1Encoder, KeepsTheBetterCandidateAndTheAverageOneOnATie) {
         combinedWins += combinedIsBetter;
         ties += average != combined && errorOf(combined) == errorOf(average);
     }
-    EXPECT_GT(combinedWins, 0);
-    EXPECT_GT(ties, 0);
+    EXPECT_GT(std::min(combinedWins, ties), 0) << "both cases must occur";
 }
 
 }  // namespace

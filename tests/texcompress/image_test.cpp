@@ -174,7 +174,7 @@ TEST(Statuses, SizesThatWrapAreRefused) {
 
 /// An image of a tile that the fast encoder codes with the given error, above black ones without error.
 TestImage TileWithError(uint32_t wanted, uint32_t tiles) {
-    TestImage image{"", 4, 4 * tiles, std::vector<uint8_t>(size_t{64} * tiles)};
+    TestImage image{4, 4 * tiles, std::vector<uint8_t>(size_t{64} * tiles)};
     uint32_t error = 0;
     for (Lcg random(wanted); error != wanted;) {
         const uint32_t contrast = 8 + random.Next(80);
@@ -247,7 +247,7 @@ TEST(Images, MipLevelsLieBackToBack) {
 }
 
 TEST(Images, AlphaBlocksComeFirst) {
-    const TestImage image{"", 1, 1, {0, 0, 0, 0x9C}};
+    const TestImage image{1, 1, {0, 0, 0, 0x9C}};
     for (const uint32_t format : {TXC_FORMAT_ATC, TXC_FORMAT_ETC1}) {
         std::vector<uint8_t> four = Encode({Entry::kTxCompress, format, 2}, SourceOf(image));
         std::vector<uint8_t> interpolated = Encode({Entry::kTxCompress, format, 18}, SourceOf(image));

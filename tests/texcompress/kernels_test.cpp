@@ -64,7 +64,7 @@ std::array<std::array<uint8_t, 4>, 16> RandomTile(Lcg& random) {
 }
 
 TestImage RandomImage(uint32_t width, uint32_t height, Lcg& random) {
-    TestImage image{"random", width, height, std::vector<uint8_t>(size_t{4} * width * height)};
+    TestImage image{width, height, std::vector<uint8_t>(size_t{4} * width * height)};
     for (uint32_t y = 0; y < height; y += 4) {
         for (uint32_t x = 0; x < width; x += 4) {
             const auto tile = RandomTile(random);
@@ -122,7 +122,7 @@ TEST_P(Kernels, DecideLikeThePlainSet) {
              // rounding of the errors tells the columns -2 and +2 apart.
              std::pair{Pixel{147, 123, 139, 0}, Pixel{117, 141, 125, 0}},
          }) {
-        TestImage image{"", 4, 4, {}};
+        TestImage image{4, 4, {}};
         for (int k = 0; k < 16; ++k) {
             const Pixel& pixel = k % 2 == 0 ? even : odd;
             image.pixels.insert(image.pixels.end(), pixel.begin(), pixel.end());

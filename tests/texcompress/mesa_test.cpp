@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <iostream>
 
 #include "codec_calls.h"
@@ -38,10 +37,6 @@ class Mesa : public ::testing::Test {
         glEnableVertexAttribArray(0);
         glVertexAttribPointer(0, 2, GL_FLOAT, GL_FALSE, 0, kCorners);
         glDisable(GL_DITHER);
-    }
-
-    static bool HasExtension(const char* name) {
-        return std::strstr(reinterpret_cast<const char*>(glGetString(GL_EXTENSIONS)), name) != nullptr;
     }
 
     /// The pixels R, G, B, A of a kSize x kSize texture as the driver sees them.
@@ -88,9 +83,6 @@ std::vector<std::vector<uint8_t>> BlocksOf(const Codec& codec) {
 }
 
 TEST_F(Mesa, SamplesEtc1Exactly) {
-    if (!HasExtension("GL_OES_compressed_ETC1_RGB8_texture")) {
-        GTEST_SKIP() << "the driver has no ETC1";
-    }
     const Codec codec{Entry::kTxCompress, TXC_FORMAT_ETC1, 0};
     for (const std::vector<uint8_t>& blocks : BlocksOf(codec)) {
         const std::vector<uint8_t> ours = Decode(codec, kSize, kSize, blocks);
@@ -104,9 +96,6 @@ TEST_F(Mesa, SamplesEtc1Exactly) {
 }
 
 TEST_F(Mesa, SamplesThreeDcAsRgtc) {
-    if (!HasExtension("GL_EXT_texture_compression_rgtc")) {
-        GTEST_SKIP() << "the driver has no RGTC";
-    }
     for (const size_t channels : {1u, 2u}) {
         const Codec codec{Entry::kTxCompress, channels == 2 ? TXC_FORMAT_ATI2N : TXC_FORMAT_ATI1N, 0};
         size_t equal = 0;

@@ -43,8 +43,8 @@ int Fractal(uint32_t x, uint32_t y, uint32_t cell, uint32_t seed) {
 }
 
 template <typename Shade>
-TestImage MakeImage(const char* name, uint32_t width, uint32_t height, Shade shade) {
-    TestImage image{name, width, height, {}};
+TestImage MakeImage(uint32_t width, uint32_t height, Shade shade) {
+    TestImage image{width, height, {}};
     for (uint32_t y = 0; y < height; ++y) {
         for (uint32_t x = 0; x < width; ++x) {
             for (const int channel : std::array<int, 4>(shade(x, y))) {
@@ -89,7 +89,8 @@ uint32_t Lcg::Next(uint32_t limit) {
 
 std::vector<TestImage> NaturalImages(uint32_t size) {
     std::vector<TestImage> images;
-    images.push_back(MakeImage("landscape", size, size, [size](uint32_t x, uint32_t y) {
+    // A landscape.
+    images.push_back(MakeImage(size, size, [size](uint32_t x, uint32_t y) {
         const int ridge =
             static_cast<int>(size) / 3 + Fractal(x, 0, size / 4, 1) * static_cast<int>(size) / 768;
         const int depth = static_cast<int>(y) - ridge;
@@ -101,14 +102,16 @@ std::vector<TestImage> NaturalImages(uint32_t size) {
         const int rock = Fractal(x, y, size / 16, 3);
         return Pixel{40 + rock * 5 / 8, 60 + rock / 2, 30 + rock * 3 / 8, 255};
     }));
-    images.push_back(MakeImage("foliage", size, size, [size](uint32_t x, uint32_t y) {
+    // Foliage.
+    images.push_back(MakeImage(size, size, [size](uint32_t x, uint32_t y) {
         const int leaf = Fractal(x, y, size / 32, 4);
         const int light = Fractal(x, y, size / 4, 5);
         const int dry = Noise(x, y, size / 8, 6);
         return Pixel{leaf * light / 200 * dry / 160, leaf * light / 170, leaf * light / 400,
                      leaf > 110 ? 255 : leaf * 2};
     }));
-    images.push_back(MakeImage("sprite", size, size, [size](uint32_t x, uint32_t y) {
+    // Sprites with soft edges.
+    images.push_back(MakeImage(size, size, [size](uint32_t x, uint32_t y) {
         const int cell = static_cast<int>(size) / 8;
         const int dx = static_cast<int>(x) % cell - cell / 2;
         const int dy = static_cast<int>(y) % cell - cell / 2;
@@ -119,7 +122,8 @@ std::vector<TestImage> NaturalImages(uint32_t size) {
         return Pixel{Lattice(column, row, 7) * shade / 256, Lattice(column, row, 8) * shade / 256,
                      Lattice(column, row, 9) * shade / 256, 128 + inside};
     }));
-    images.push_back(MakeImage("normals", size, size, [size](uint32_t x, uint32_t y) {
+    // A map of normals.
+    images.push_back(MakeImage(size, size, [size](uint32_t x, uint32_t y) {
         const int here = Fractal(x, y, size / 8, 10);
         const int dx = Fractal(x + 1, y, size / 8, 10) - here;
         const int dy = Fractal(x, y + 1, size / 8, 10) - here;
@@ -130,13 +134,15 @@ std::vector<TestImage> NaturalImages(uint32_t size) {
 
 std::vector<TestImage> DrawnImages(uint32_t width, uint32_t height) {
     std::vector<TestImage> images;
-    images.push_back(MakeImage("text", width, height, [](uint32_t x, uint32_t y) {
+    // Strokes like text.
+    images.push_back(MakeImage(width, height, [](uint32_t x, uint32_t y) {
         const bool inGlyph = x % 8 < 6 && y % 12 < 9;
         const bool stroke = inGlyph && Lattice(x / 2 + x / 8, y / 3, 11) > 120;
         const int soft = (x % 2 + y % 3) * 20;
         return stroke ? Pixel{20 + soft, 24 + soft, 30, 255 - soft} : Pixel{240, 236, 220, soft};
     }));
-    images.push_back(MakeImage("lights", width, height, [](uint32_t x, uint32_t y) {
+    // Lights in the dark.
+    images.push_back(MakeImage(width, height, [](uint32_t x, uint32_t y) {
         const int glow = Noise(x, y, 5, 12);
         const int dark = Lattice(x, y, 13) / 12;
         const auto hue = static_cast<size_t>(Lattice(x / 6, y / 6, 14)) % 3;
@@ -147,12 +153,14 @@ std::vector<TestImage> DrawnImages(uint32_t width, uint32_t height) {
         }
         return pixel;
     }));
-    images.push_back(MakeImage("ramps", width, height, [width, height](uint32_t x, uint32_t y) {
+    // Ramps in all channels.
+    images.push_back(MakeImage(width, height, [width, height](uint32_t x, uint32_t y) {
         const auto across = static_cast<int>(x * 256 / width);
         const auto down = static_cast<int>(y * 256 / height);
         return Pixel{across, down, 255 - (across + down) / 2, across * down / 64 % 512 - 128};
     }));
-    images.push_back(MakeImage("flags", width, height, [](uint32_t x, uint32_t y) {
+    // Flags: flat areas with hard edges.
+    images.push_back(MakeImage(width, height, [](uint32_t x, uint32_t y) {
         const auto color = static_cast<uint32_t>(Lattice((x + y / 3) / 11, y / 7, 16));
         const auto level = [color](uint32_t shift) { return static_cast<int>(color >> shift & 3) * 85; };
         return Pixel{level(0), level(2), level(4), level(6)};
@@ -161,7 +169,7 @@ std::vector<TestImage> DrawnImages(uint32_t width, uint32_t height) {
 }
 
 TestImage CorpusImage(uint32_t width, uint32_t height) {
-    TestImage image{"corpus", width, height, std::vector<uint8_t>(size_t{4} * width * height)};
+    TestImage image{width, height, std::vector<uint8_t>(size_t{4} * width * height)};
     Lcg random(1);
     for (uint32_t y = 0; y < height; y += 4) {
         for (uint32_t x = 0; x < width; x += 4) {

@@ -4,14 +4,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace zorvan::texcompress {
 
 /// Pixels of four bytes R, G, B, A, packed.
 struct TestImage {
-    std::string name;
     uint32_t width, height;
     std::vector<uint8_t> pixels;
 };
