@@ -48,10 +48,8 @@ TEST_F(ProjectionTest, MeetsWhatIsDrawn) {
           {false, 15, "'position': [14, 16, 36]", "'scale': [0.1, 0.1, 1]", 1},
           {false, 15, "'position': [14, 16, 36]", "'scale': [0.1, 0.1, 1], 'rotation': [8, -9, 5]", 1}}) {
         SCOPED_TRACE(std::string(camera) + place);
-        const auto pushed =
-            Make<CameraGL>("{'class': 'Camera'" + std::string(*camera ? ", " : "") + camera + "}");
-        const auto group =
-            Make<TransformNode>("{'class': 'TransformNode'" + std::string(*place ? ", " : "") + place + "}");
+        const auto pushed = Make<CameraGL>("{" + std::string(camera) + "}");
+        const auto group = Make<TransformNode>("{" + std::string(place) + "}");
         for (uint32_t i = 0; i < kSide * kSide; ++i) {
             const int column = i % kSide, row = i / kSide;
             const RefT<SpriteGL> sprite = MakeSprite(9 + column * step, 9 + row * step, 1, 1,

@@ -12,7 +12,7 @@ class CameraTest : public RecordedTest {
     Elements Projection() const { return RawElements(camera->GetProjectionMatrix()); }
 
     RefT<CameraGL> camera = Make<CameraGL>(
-        "{'class': 'Camera', 'viewRectangle': [0, 0, 640, 480], 'farPlane': 100, 'children': [{'class': "
+        "{'viewRectangle': [0, 0, 640, 480], 'farPlane': 100, 'children': [{'class': "
         "'Sprite'}]}");
 };
 

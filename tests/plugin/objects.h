@@ -42,7 +42,7 @@ inline Mode ModeOf(uint32_t number) {
     return found == exceptions.end() ? Mode{} : found->second;
 }
 
-// A node of the scene format, its keys in single quotes; it may name one texture, "t".
+// A node of the scene format, its keys in single quotes and its class left out; it may name one texture, "t".
 template <typename T = SpriteGL>
 RefT<T> Make(std::string json, Texture* texture = nullptr) {
     static ClassRegistry registry;
@@ -54,15 +54,15 @@ RefT<T> Make(std::string json, Texture* texture = nullptr) {
         reader.AddTexture(texture);
     }
     EXPECT_TRUE(registered && reader.Parse(json));
-    RefT<T> node(static_cast<T*>(LoadNode(reader)));
+    const std::string name = T().GetClassName();
+    RefT<T> node(static_cast<T*>(LoadNode(reader, name.substr(0, name.find("GL")).c_str())));
     EXPECT_EQ(reader.Error(), "");
     return node;
 }
 
 inline RefT<SpriteGL> MakeSprite(int width, int height, std::string const& more = "",
                                  Texture* texture = nullptr) {
-    return Make("{'class': 'Sprite', 'width': " + std::to_string(width) +
-                    ", 'height': " + std::to_string(height) + more + "}",
+    return Make("{'width': " + std::to_string(width) + ", 'height': " + std::to_string(height) + more + "}",
                 texture);
 }
 

@@ -27,9 +27,9 @@ class SpriteTest : public RecordedTest {
 constexpr uint32_t kSolidKey = 0x0B17F47F, kSpriteKey = 0x54AA6783, kNestedKey = 0xC002A115;
 
 TEST_F(SpriteTest, SolidDraw) {
-    const auto group = Make<Node>(
-        "{'class': 'TransformNode', 'opacity': 0.5, 'children': [{'class': 'Sprite', 'width': 100, 'height': "
-        "50, 'color': [0.5, 0.25, 1, 0.75], 'position': [7, 9, 0]}]}");
+    const auto group = Make<TransformNode>(
+        "{'opacity': 0.5, 'children': [{'class': 'Sprite', 'width': 100, 'height': 50, 'color': [0.5, 0.25, "
+        "1, 0.75], 'position': [7, 9, 0]}]}");
     device->PushCamera2D(Real(640), Real(480));
     device->cameras[0]->position.Set({Real(5), Real(6), Real(0)});
     Update(*device->cameras[0]);
@@ -51,9 +51,9 @@ TEST_F(SpriteTest, SolidDraw) {
 
 // Its own colour does not count. The first draw uploads. Loaded coordinates stay until a texture is set.
 TEST_F(SpriteTest, TexturedDraw) {
-    const auto group = Make<Node>(
-        "{'class': 'TransformNode', 'opacity': 0.5, 'children': [{'class': 'Sprite', 'width': 8, 'height': "
-        "4, 'color': [0.5, 0.25, 1, 0.75], 'transferMode': 6, 'texture': 't'}]}",
+    const auto group = Make<TransformNode>(
+        "{'opacity': 0.5, 'children': [{'class': 'Sprite', 'width': 8, 'height': 4, 'color': [0.5, 0.25, 1, "
+        "0.75], 'transferMode': 6, 'texture': 't'}]}",
         texture.Get());
     Child(*group).Load(*std::make_unique<EmptyReader>());
     Update(*group);
@@ -93,11 +93,9 @@ TEST_F(SpriteTest, TextureCoordinatesFollowTheUsedPart) {
 
 // One program for each chain of transfer modes and kind of sprite, shared through the registry.
 TEST_F(SpriteTest, Programs) {
-    const std::string sprite = "{'class': 'Sprite', 'transferMode': 29}";
-    const auto outer = Make<Node>(
-        "{'class': 'TransformNode', 'transferMode': 5, 'children': [{'class': 'TransformNode', 'children': "
-        "[" +
-        sprite + ", " + sprite + "]}, " + sprite + "]}");
+    const auto outer = Make<TransformNode>(
+        Replaced("{'transferMode': 5, 'children': [{'class': 'TransformNode', 'children': [$, $]}, $]}", "$",
+                 "{'class': 'Sprite', 'transferMode': 29}"));
     SpriteGL &solid = Child(Child(*outer)), &textured = Child(Child(*outer), 1);
     textured.SetTexture(texture.Get());
     Update(*outer);

@@ -59,7 +59,7 @@ class TextTest : public RecordedTest {
 
     RefT<LoggingFont> font{new LoggingFont};
     RefT<TextGL> text = Make<TextGL>(
-        "{'class': 'Text', 'font': null, 'string': 'a', 'color': [0.5, 0.25, 1, 0.75], 'letterSpacing': 2, "
+        "{'font': null, 'string': 'a', 'color': [0.5, 0.25, 1, 0.75], 'letterSpacing': 2, "
         "'lineSpacing': 3, 'box': [50, 60], 'alignment': 'right'}");
 };
 
@@ -157,13 +157,15 @@ class BracketTest : public RecordedTest {
 // Each timeline pushes its camera, its depth and its masks, draws its subtree, and takes them back in
 // reverse.
 TEST_F(BracketTest, NestedTimelines) {
-    const auto root = Make<Node>(R"({'class': 'TransformNode', 'children': [
-        {'class': 'Timeline', 'masks': 2, 'camera': {'name': 'outer', 'orthographic': true, 'viewRectangle': [0, 0, 4, 1]}, 'children': [
+    const auto root = Make<TransformNode>(R"({'children': [
+        {'class': 'Timeline', 'masks': 2, 'children': [
             {'class': 'Sprite'},
             {'class': 'Timeline', 'depth': true, 'children': [
-                {'class': 'Timeline', 'depth': true, 'masks': 1, 'camera': {'name': 'inner', 'orthographic': true, 'viewRectangle': [0, 0, 8, 1]}, 'children': [
-                    {'class': 'Sprite', 'depth': true, 'masks': 3}]}]},
-            {'class': 'Sprite', 'depth': true}]},
+                {'class': 'Timeline', 'depth': true, 'masks': 1, 'children': [
+                    {'class': 'Sprite', 'depth': true, 'masks': 3}],
+                 'camera': {'name': 'inner', 'orthographic': true, 'viewRectangle': [0, 0, 8, 1]}}]},
+            {'class': 'Sprite', 'depth': true}],
+         'camera': {'name': 'outer', 'orthographic': true, 'viewRectangle': [0, 0, 4, 1]}},
         {'class': 'Sprite', 'depth': true}]})");
     Update(*root);
     const auto sprite = [](std::string const& depth, std::string const& masks, int scale) {
@@ -194,7 +196,7 @@ TEST_F(BracketTest, UnusablePrograms) {
     script.linkError = "never";
     const RefT<ShaderGL> broken(new ShaderGL);
     const RefT<SpriteGL> sprite = MakeSprite(1, 1, ", 'depth': true, 'masks': 1");
-    const auto text = Make<TextGL>("{'class': 'Text', 'font': null, 'depth': true, 'masks': 1}");
+    const auto text = Make<TextGL>("{'font': null, 'depth': true, 'masks': 1}");
     EXPECT_EQ(Draw(*sprite), "");
     sprite->SetGLShader(broken.Get());
     text->SetGLShader(broken.Get());
