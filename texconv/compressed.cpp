@@ -23,7 +23,7 @@ void CImage::Input_CompressedToGeneric() {
     }
     if (const char* message = RefusedBlocks(*format, m_nWidth, m_nHeight); message != nullptr) {
         Verbose(message);
-    } else if (m_nWidth != 0) {
+    } else if (m_nWidth != 0 && m_nHeight != 0) {
         Store(*BlockRows(*format, m_pSrc->pData, m_nWidth, m_nHeight), m_nWidth, m_nHeight, m_pBuffer);
     }
 }

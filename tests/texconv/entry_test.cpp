@@ -4,8 +4,6 @@
 namespace texconv_test {
 namespace {
 
-using Messages = std::vector<std::string>;
-
 TEST(Size, FollowsTheFormat) {
     struct Row {
         const char* what;

@@ -54,11 +54,8 @@ TEST(Plain, MasksBeyondThePixelReadTheBytesBehindIt) {
 
 TEST(Plain, MaskBits) {
     EXPECT_EQ(NumBitsSet(0x8001F00Ful), 10u);
+    EXPECT_EQ(FirstBitSet(0x80000000ul), 31u);
     EXPECT_EQ(FirstBitSet(0), 0u);
-    for (unsigned bit = 0; bit < 32; ++bit) {
-        EXPECT_EQ(FirstBitSet(0xFFFFFFFFul << bit), bit);
-        EXPECT_EQ(NumBitsSet(0xFFFFFFFFul >> bit), 32 - bit);
-    }
 }
 
 TEST(Plain, Every16BitPixelComesBack) {
@@ -117,9 +114,9 @@ TEST(Plain, SizesTooSmallAreReportedAndIgnored) {
     TQonvertImage to = *destination.Get();
     from.nDataSize = 0;
     to.nDataSize = 1;
-    EXPECT_EQ(MessagesOf([&] { Qonvert(&from, &to); }),
-              (std::vector<std::string>{"m_pDst->nDataSize is to small",
-                                        "m_pSrc->nDataSize is smaller then the format suggests"}));
+    EXPECT_EQ(
+        MessagesOf([&] { Qonvert(&from, &to); }),
+        (Messages{"m_pDst->nDataSize is to small", "m_pSrc->nDataSize is smaller then the format suggests"}));
     EXPECT_EQ(destination.Data(), (Bytes{7, 9}));
     EXPECT_EQ(to.nDataSize, 2u);
 }

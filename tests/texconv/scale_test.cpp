@@ -31,6 +31,7 @@ TEST(Scale, Filters) {
         {"four samples", 4, 4, ramp, 2, 2, 3, {25, 45, 105, 125}},
         {"four samples enlarge", 1, 2, {8, 20}, 1, 3, 3, {8, 14, 20}},
         {"cubic blurs the centre sample", 4, 1, {0, 0, 255, 0}, 2, 1, 4, {42, 42}},
+        {"cubic down a column", 1, 4, {30, 0, 255, 90}, 1, 2, 4, {47, 117}},
         {"cubic repeats what it blurs", 3, 1, {0, 255, 0}, 4, 2, 4, {42, 170, 170, 42, 42, 170, 170, 42}},
         {"cubic keeps some flat values", 3, 1, {100, 100, 100}, 1, 1, 4, {100}},
         {"cubic loses one of others", 3, 1, {183, 183, 183}, 1, 1, 4, {182}},
@@ -49,7 +50,7 @@ TEST(Scale, UnimplementedFilterPrintsPerPixelAndBoxes) {
     TestImage source(2, 2, FMT_A8, {1, 2, 3, 4});
     TestImage destination(2, 1, FMT_A8, {0, 0}, Flags{.filter = 5});
     EXPECT_EQ(MessagesOf([&] { Qonvert(source.Get(), destination.Get()); }),
-              std::vector<std::string>(2, "Unimplemented scalefiler"));
+              Messages(2, "Unimplemented scalefiler"));
     EXPECT_EQ(destination.Data(), (Bytes{2, 3}));
 }
 
@@ -83,13 +84,17 @@ TEST(Scale, FloatsFollowTheSameRules) {
     }
 }
 
-TEST(Scale, EmptyAndWideImages) {
+TEST(Scale, EmptyAndLargeImages) {
     for (std::uint32_t filter = 0; filter < 5; ++filter) {
         TestImage empty(0, 3, FMT_RGBA8888, {9});
         TestImage destination(3, 2, FMT_A8, Bytes(6, 0xEE), Flags{.filter = filter, .mode = 1});
         Qonvert(empty.Get(), destination.Get());
         EXPECT_EQ(destination.Data(), Bytes(6, 0)) << filter;
     }
+    // A mean that floats would round up.
+    Bytes almost(65536, 255);
+    almost[7] = 254;
+    ExpectConversions({{"large box", {256, 256, FMT_A8, almost}, {1, 1, FMT_A8}, {254}}});
     // Coordinates beyond 2^24 round; none may leave the source.
     const std::uint32_t wide = (1u << 24) + 3;
     TestImage destination(wide - 1, 1, FMT_A8);
@@ -151,15 +156,17 @@ TEST(Bumpmap, KernelsWeighTheirNeighbours) {
     heights[12] = 255;
     for (const Row& row : rows) {
         for (const std::uint32_t strength : {10u, 25u}) {
-            const Bytes normals = Normals(5, 5, heights, {.bumpmap = row.kernel, .bumpHeight = strength});
             const double nz = 10.0 / strength;
             const double length = std::sqrt(row.dx * row.dx + row.dy * row.dy + nz * nz);
             const double expected[3] = {row.dx / length, row.dy / length, nz / length};
-            for (std::size_t c = 0; c < 3; ++c) {
-                const int byte = normals[static_cast<std::size_t>(row.y * 5 + row.x) * 4 + c];
-                EXPECT_NEAR(byte, expected[c] * 127 + 127.5, 0.5001)
-                    << row.kernel << " " << row.x << " " << row.y;
-            }
+            WithEachKernelSet([&] {
+                const Bytes normals = Normals(5, 5, heights, {.bumpmap = row.kernel, .bumpHeight = strength});
+                for (std::size_t c = 0; c < 3; ++c) {
+                    const int byte = normals[static_cast<std::size_t>(row.y * 5 + row.x) * 4 + c];
+                    EXPECT_NEAR(byte, expected[c] * 127 + 127.5, 0.5001)
+                        << row.kernel << " " << row.x << " " << row.y;
+                }
+            });
         }
     }
 }

@@ -18,6 +18,7 @@
 namespace texconv_test {
 
 using Bytes = std::vector<std::uint8_t>;
+using Messages = std::vector<std::string>;
 using namespace QXTextureConverter;
 
 // The words of TFormatFlags, so that a case names only those that it sets.
@@ -64,12 +65,12 @@ class TestImage {
 
 // The messages of one call, in order.
 template <typename Call>
-std::vector<std::string> MessagesOf(const Call& call) {
+Messages MessagesOf(const Call& call) {
     testing::internal::CaptureStderr();
     call();
     std::istringstream text(testing::internal::GetCapturedStderr());
     const std::string prefix = "QXTextureConverter error: ";
-    std::vector<std::string> messages;
+    Messages messages;
     for (std::string line; std::getline(text, line);) {
         const bool isMessage = line.starts_with(prefix) && line.ends_with(' ');
         EXPECT_TRUE(isMessage) << line;
@@ -84,8 +85,7 @@ inline Bytes Convert(TestImage source, TestImage& destination) {
     if (destination.Data().empty()) {
         destination.Allocate(0xEE);
     }
-    EXPECT_EQ(MessagesOf([&] { EXPECT_EQ(Qonvert(source.Get(), destination.Get()), 0u); }),
-              std::vector<std::string>{});
+    EXPECT_EQ(MessagesOf([&] { EXPECT_EQ(Qonvert(source.Get(), destination.Get()), 0u); }), Messages{});
     return destination.Data();
 }
 
