@@ -43,6 +43,7 @@ TEST(RowKernels, WordsOfEveryLayoutAndLength) {
             ExpectSame(count * 4, [&](auto& set, auto* to) { set.unpack(layout, from, count, to); });
             ExpectSame(count * layout.bytes, [&](auto& set, auto* to) { set.pack(layout, from, count, to); });
             ExpectSame(count * 4, [&](auto& set, auto* to) { set.mirror(from, count, to); });
+            ExpectSame(count * 2, [&](auto& set, auto* to) { set.halve(from, from - 1, count / 2, to); });
         }
     }
 }

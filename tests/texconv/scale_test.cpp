@@ -29,7 +29,7 @@ TEST(Scale, Filters) {
         {"point takes pixel centres", 4, 4, ramp, 2, 2, 1, {50, 70, 130, 150}},
         {"point enlarges", 2, 1, {7, 9}, 5, 1, 1, {7, 7, 9, 9, 9}},
         {"four samples", 4, 4, ramp, 2, 2, 3, {25, 45, 105, 125}},
-        {"four samples enlarge", 1, 2, {8, 20}, 1, 3, 3, {8, 14, 20}},
+        {"four samples truncate", 1, 2, {8, 21}, 1, 3, 3, {8, 14, 21}},
         {"cubic blurs the centre sample", 4, 1, {0, 0, 255, 0}, 2, 1, 4, {42, 42}},
         {"cubic down a column", 1, 4, {30, 0, 255, 90}, 1, 2, 4, {47, 117}},
         {"cubic repeats what it blurs", 3, 1, {0, 255, 0}, 4, 2, 4, {42, 170, 170, 42, 42, 170, 170, 42}},
