@@ -18,6 +18,10 @@ a.json:1:27: got the key "version" again, expected each key once in an object
 a.json:1:17: number overflow parsing '1e999'
 $deep
 a.json:1:201: got deeper nesting, expected at most 200 arrays and objects inside each other
+{"version": 2}
+a.json:1:13: /version: got a scene of another or no version, expected "version": 1
+"size": [1, 1]
+a.json:1:1: /: got a scene without "root", expected its timeline
 "size": [0, 4]
 a.json:1:24: /size: got a size out of range, expected whole numbers from 1 to 16384
 "size": [4, 1.5]

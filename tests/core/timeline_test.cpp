@@ -89,6 +89,7 @@ TEST(Timeline, StopsAndGoesOn) {
         {[&] { playback.SetFrame(Fix(-1)); }, 90, 0},
         {[&] { playback.Stop(), timeline->UpdateSynchronous(device, AtFrame(7)); }, 9, 7},
         {[&] { playback.Play(); }, 10, 8},
+        {[&] { timeline->UpdateSynchronous(device, AtFrame(4)), playback.Play(); }, 6, 6},
     };
     for (auto const& step : steps) {
         step.act();
@@ -112,8 +113,8 @@ TEST(Timeline, GivesNestedOnesItsFoldedTime) {
 
 TEST(Timeline, UpdatesItsCameraOnItsOwnPlace) {
     FakeDevice device;
-    const RefT<FakeTimeline> timeline = MakeTimeline(0, PlaybackMode::Loop),
-                             other = MakeTimeline(0, PlaybackMode::Loop);
+    RefT<FakeTimeline> timeline = MakeTimeline(0, PlaybackMode::Loop),
+                       other = MakeTimeline(0, PlaybackMode::Loop);
     const RefT<FakeCamera> camera(new FakeCamera);
     timeline->SetCamera(camera.Get());
     for (double x : {7, 9}) {
@@ -131,7 +132,7 @@ TEST(Timeline, UpdatesItsCameraOnItsOwnPlace) {
     EXPECT_TRUE(other->GetChildren().IsEmpty());
     timeline->SetCamera(nullptr);
     EXPECT_EQ(camera->GetParent(), other.Get());
-    other->SetCamera(nullptr);
+    other = {};
     EXPECT_EQ(camera->GetParent(), nullptr);
     EXPECT_EQ(camera->references, 1);
     camera->Attach(timeline.Get());
