@@ -1,18 +1,15 @@
 #include "core/font.h"
 
 #include <algorithm>
-#include <cstring>
 
-#include "core/class_registry.h"
 #include "core/font_file.h"
 #include "core/glyph_packer.h"
+#include "core/glyph_page.h"
 #include "core/text_break.h"
 #include "core/trace.h"
 
 namespace zorvan {
 namespace {
-
-constexpr uint32_t kBytesPerPixel = 4;
 
 uint64_t KerningKey(uint32_t left, uint32_t right) {
     return uint64_t{left} << 32 | right;
@@ -33,41 +30,6 @@ class FontGlyphs final : public GlyphSource {
   private:
     Font const& font_;
 };
-
-// A page without glyphs: no coverage anywhere. Null when out of memory or without a back end.
-RefT<Texture> MakePage(ClassRegistry& registry, SizeT<int> const& size) {
-    RefT<Texture> page(static_cast<Texture*>(registry.Create(MakeClassId(u"Texture"))));
-    const uint32_t pixels = static_cast<uint32_t>(size.width) * static_cast<uint32_t>(size.height);
-    if (!page || !page->SizePixelStore(pixels * kBytesPerPixel)) {
-        return {};
-    }
-    page->format.Set(TextureFormat::Rgba8888);
-    page->width.Set(size.width);
-    page->height.Set(size.height);
-    page->usedWidth.Set(size.width);
-    page->usedHeight.Set(size.height);
-    page->levels.Append(
-        {static_cast<uint32_t>(size.width), static_cast<uint32_t>(size.height), 0, pixels * kBytesPerPixel});
-    constexpr uint8_t kBlank[kBytesPerPixel] = {0, 0, 0, 255};
-    for (uint32_t i = 0; i < pixels; ++i) {
-        std::memcpy(page->pixels.data + size_t{i} * kBytesPerPixel, kBlank, kBytesPerPixel);
-    }
-    return page;
-}
-
-// Copies coverage, whose rows come from the top, to the rectangle with its lower left corner there.
-void CopyToPage(GlyphBitmap const& bitmap, Vector2T<int> corner, Texture& page) {
-    const auto pageWidth = static_cast<size_t>(page.width.Get());
-    uint8_t const* coverage = bitmap.coverage.data();
-    for (int row = bitmap.height - 1; row >= 0; --row) {
-        uint8_t* out = page.pixels.data +
-                       (static_cast<size_t>(corner.y + row) * pageWidth + static_cast<size_t>(corner.x)) *
-                           kBytesPerPixel;
-        for (int x = 0; x < bitmap.width; ++x, out += kBytesPerPixel) {
-            std::memset(out, *coverage++, kBytesPerPixel - 1);
-        }
-    }
-}
 
 // Texture coordinate of a pixel's edge; exact where the side is a power of two.
 RealFixed EdgeOf(int pixel, int side) {
@@ -158,7 +120,7 @@ bool Font::MakePages() {
         return false;
     }
     for (SizeT<int> const& size : packed.pages) {
-        RefT<Texture> page = MakePage(*registry_, size);
+        RefT<Texture> page = MakeGlyphPage(*registry_, size);
         if (!page) {
             pages_.resize(firstPage);
             return false;
