@@ -306,6 +306,19 @@ TEST_F(DeviceTest, ProjectCoordinate) {
         EXPECT_EQ(projected.x.raw, int64_t{x} << 32);
         EXPECT_EQ(projected.y.raw, int64_t{y} << 32);
     }
+    // (2, 1) in the world less the camera's (1, 0), a quarter of its view to the right and in the middle of
+    // its height.
+    const auto camera =
+        Make<CameraGL>("{'orthographic': true, 'viewRectangle': [0, 0, 4, 2], 'position': [1, 0, 0]}");
+    const auto node = Make<TransformNode>("{'position': [2, 0, 0]}");
+    Update(*camera);
+    Update(*node);
+    device->PushCamera(camera.Get());
+    device->SetViewport(kWhole);
+    const auto projected =
+        device->ProjectCoordinate(node->GetWorldMatrix(), {Real(0), Real(1), Real(0), Real(1)});
+    EXPECT_EQ((std::array{projected.x.raw, projected.y.raw}),
+              (std::array{int64_t{160} << 32, int64_t{240} << 32}));
 }
 
 }  // namespace

@@ -59,7 +59,7 @@ class TextTest : public RecordedTest {
 
     RefT<LoggingFont> font{new LoggingFont};
     RefT<TextGL> text = Make<TextGL>(
-        "{'font': null, 'string': 'a', 'color': [0.5, 0.25, 1, 0.75], 'letterSpacing': 2, "
+        "{'font': null, 'string': 'a', 'color': [0.5, 0.25, 1, 0.75], 'letterSpacing': 7, "
         "'lineSpacing': 3, 'box': [50, 60], 'alignment': 'right'}");
 };
 
@@ -101,8 +101,8 @@ TEST_F(TextTest, FontGetsColourAndLayout) {
             text->hasBox.Set(box);
             Update(*group);
             group->Render(*device);
-            EXPECT_EQ(font->log, box ? (std::vector<int>{product, 50, 60, TextAlignment::Right, 2, 3})
-                                     : (std::vector<int>{1, 2, 3, product, 2, 3}));
+            EXPECT_EQ(font->log, box ? (std::vector<int>{product, 50, 60, TextAlignment::Right, 7, 3})
+                                     : (std::vector<int>{1, 2, 3, product, 7, 3}));
         }
     }
 }
