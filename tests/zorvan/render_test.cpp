@@ -252,10 +252,10 @@ TEST_F(Render, FilmsThatFailLeaveNothingBehind) {
     setenv("PATH", path.c_str(), 1);
     if (Installed("ffmpeg")) {
         // A signal ends it between two frames, and the frames before stay.
-        EXPECT_TRUE(
-            Shell("$TOOL render scene.json a.mp4 --frames 0..99999 2>said & until set -- a.mp4.*; [ -e $1 ]; "
-                  "do sleep 0.01; done; kill $!; wait $!; [ $? = 143 ] && [ \"$(cat said)\" = 'zorvan: "
-                  "interrupted' ] && rm said"));
+        EXPECT_TRUE(Shell(R"($TOOL render scene.json a.mp4 --frames 0..99999 2>said & tool=$!
+            until set -- a.mp4.*; [ -e "$1" ]; do kill -0 $tool || break; sleep 0.01; done
+            kill $tool; wait $tool
+            [ $? = 143 ] && grep -x 'zorvan: interrupted' said && rm said)"));
         EXPECT_EQ(Names(), (std::vector<std::string>{"bin", "bin/ffmpeg", "scene.json"}));
     }
 }
