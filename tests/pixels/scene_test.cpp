@@ -95,12 +95,9 @@ TEST_P(ReadBackTest, EqualsTheSurface) {
     ClearTo(16, 60, 123);
     Draw(*MakeSprite(10, 3, 7, 2, {Real(1), Byte(128), {}, Real(1)}));
     RefT<Texture> texture;  // the first time a new one
-    for (RectangleT<int> const& area : std::vector<RectangleT<int>>{{9, 2, 16, 9},
-                                                                    {9, 2, 16, 9},
-                                                                    {0, 0, 64, 64},
-                                                                    {15, 4, 16, 5},
-                                                                    {-3, -2, 12, 5},
-                                                                    {50, 61, 69, 70}}) {
+    constexpr RectangleT<int> kAreas[] = {{9, 2, 16, 9},  {9, 2, 16, 9},   {0, 0, 64, 64},
+                                          {15, 4, 16, 5}, {-3, -2, 12, 5}, {50, 61, 69, 70}};
+    for (RectangleT<int> const& area : kAreas) {
         SCOPED_TRACE(area.left);
         Texture* out = texture.Get();
         ASSERT_EQ(device.ReadPixels(area, &out), 1u);

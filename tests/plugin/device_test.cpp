@@ -261,14 +261,15 @@ TEST_F(ReadPixelsTest, DropsAlpha) {
 // which is lost, is handed out; its store is zeroed before the read.
 TEST_F(ReadPixelsTest, GLErrorsFail) {
     constexpr uint32_t kRefused = GL_INVALID_OPERATION;
-    using Case = std::tuple<char const*, int, std::deque<uint32_t>>;
-    for (auto const& [function, bits, errors] : {Case{"ReadPixels", 5, {kRefused}},
-                                                 {"ReadPixels", 8, {GL_OUT_OF_MEMORY}},
-                                                 {"ReadPixels", 8, {kRefused, GL_OUT_OF_MEMORY}},
-                                                 {"ReadPixels", 8, {kRefused, kRefused, kRefused}},
-                                                 {"GetIntegerv", 5, {GL_INVALID_VALUE}},
-                                                 {"GetIntegerv", 8, {GL_INVALID_VALUE}},
-                                                 {"GetIntegerv", 8, {kRefused}}}) {
+    const std::tuple<char const*, int, std::deque<uint32_t>> cases[] = {
+        {"ReadPixels", 5, {kRefused}},
+        {"ReadPixels", 8, {GL_OUT_OF_MEMORY}},
+        {"ReadPixels", 8, {kRefused, GL_OUT_OF_MEMORY}},
+        {"ReadPixels", 8, {kRefused, kRefused, kRefused}},
+        {"GetIntegerv", 5, {GL_INVALID_VALUE}},
+        {"GetIntegerv", 8, {GL_INVALID_VALUE}},
+        {"GetIntegerv", 8, {kRefused}}};
+    for (auto const& [function, bits, errors] : cases) {
         SCOPED_TRACE(testing::Message() << function << ' ' << bits << ' ' << errors.size());
         script.colorBits = {bits, bits == 5 ? 6 : 8, bits};
         for (RefT<Texture> texture : {RefT<Texture>(new TextureGL), RefT<Texture>()}) {
@@ -293,16 +294,14 @@ TEST_F(ReadPixelsTest, StoreThatCannotBe) {
 // Zero w yields the origin instead of a trap. Odd viewports halve downwards; left and top count.
 TEST_F(DeviceTest, ProjectCoordinate) {
     constexpr Rectangle kWhole{0, 0, 640, 480};
-    using Case = std::tuple<Rectangle, std::array<int, 3>, int, int>;
-    for (auto const& [viewport, xyw, x, y] : {Case{kWhole, {0, 0, 2}, 320, 240},
-                                              {kWhole, {1, 1, 2}, 480, 120},
-                                              {kWhole, {1, -1, 2}, 480, 360},
-                                              {kWhole, {-2, 2, 2}, 0, 0},
-                                              {kWhole, {1, 1, 0}, 320, 240},
-                                              {{100, 50, 201, 83}, {0, 0, 1}, 150, 66}}) {
+    constexpr Rectangle kOdd{100, 50, 201, 83};
+    const std::tuple<Rectangle, int, int, int, int, int> cases[] = {
+        {kWhole, 0, 0, 2, 320, 240}, {kWhole, 1, 1, 2, 480, 120}, {kWhole, 1, -1, 2, 480, 360},
+        {kWhole, -2, 2, 2, 0, 0},    {kWhole, 1, 1, 0, 320, 240}, {kOdd, 0, 0, 1, 150, 66}};
+    for (auto const& [viewport, pointX, pointY, w, x, y] : cases) {
         device->SetViewport(viewport);
         const auto projected = device->ProjectCoordinate(Matrix4T<RealFixed>::Identity,
-                                                         {Real(xyw[0]), Real(xyw[1]), Real(0), Real(xyw[2])});
+                                                         {Real(pointX), Real(pointY), Real(0), Real(w)});
         EXPECT_EQ(projected.x.raw, int64_t{x} << 32);
         EXPECT_EQ(projected.y.raw, int64_t{y} << 32);
     }

@@ -89,12 +89,10 @@ TEST_F(TextTest, TwoPassesPerGlyph) {
 TEST_F(TextTest, FontGetsColourAndLayout) {
     const RefT<TransformNode> group(new TransformNode);
     group->Attach(text.Get());
-    for (auto const& [alpha, opacity, product] : std::vector<std::array<int, 3>>{{0x10000, 0x10000, 0x10000},
-                                                                                 {0x10000, 0x8000, 0x8000},
-                                                                                 {0x10001, 0x10000, 0x10000},
-                                                                                 {0x10000, 0x10001, 0x10000},
-                                                                                 {0xFFFF, 0x10000, 0xFFFF},
-                                                                                 {0xFFFF, 0xFFFF, 0xFFFD}}) {
+    constexpr int kProducts[][3] = {{0x10000, 0x10000, 0x10000}, {0x10000, 0x8000, 0x8000},
+                                    {0x10001, 0x10000, 0x10000}, {0x10000, 0x10001, 0x10000},
+                                    {0xFFFF, 0x10000, 0xFFFF},   {0xFFFF, 0xFFFF, 0xFFFD}};
+    for (auto const& [alpha, opacity, product] : kProducts) {
         text->color.Set({RealFixed{1}, RealFixed{2}, RealFixed{3}, RealFixed{alpha}});
         group->opacity.Set(RealFixed{opacity});
         for (const bool box : {false, true}) {
