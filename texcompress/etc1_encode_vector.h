@@ -124,9 +124,9 @@ inline bool IsCombinedBetter(const Etc1Pixels& pixels, Etc1Choice& average, Etc1
 }
 
 /// Encodes one tile, whose base colours stand in a lane; false where only the plain encoder can decide.
-inline bool EncodeEtc1Tile(const Tile& tile, const Etc1GroupBases& averageGroup,
+inline bool EncodeEtc1Tile(const Tile& tile, const Etc1HalfColors& colors, const Etc1GroupBases& averageGroup,
                            const Etc1GroupBases& combinedGroup, size_t lane, uint8_t* block) {
-    const Etc1Pixels pixels = PixelsOf(tile);
+    const Etc1Pixels pixels = PixelsOf(tile, colors, lane);
     const Etc1TileBases averageBases(averageGroup, lane);
     const Etc1TileBases combinedBases(combinedGroup, lane);
     const Etc1Orientations averages(pixels, averageBases, nullptr);
@@ -148,17 +148,18 @@ inline bool EncodeEtc1Tile(const Tile& tile, const Etc1GroupBases& averageGroup,
 
 inline void EncodeEtc1OnVectors(const Tile* tiles, size_t count, uint8_t* blocks, size_t stride) {
     I32 words[16];
+    Etc1HalfColors colors;
     Etc1GroupBases averageGroup;
     Etc1GroupBases combinedGroup;
     for (size_t i = 0; i < count; ++i) {
         const size_t lane = i % kLanes;
         if (lane == 0) {
             LoadTileGroup(tiles + i, count - i, words);
-            const Etc1HalfColors colors = MeasureHalves(words);
+            colors = MeasureHalves(words);
             averageGroup.Choose<NearestCodes>(colors);
             combinedGroup.Choose<CombinedCodes>(colors);
         }
-        if (!EncodeEtc1Tile(tiles[i], averageGroup, combinedGroup, lane, blocks + i * stride)) {
+        if (!EncodeEtc1Tile(tiles[i], colors, averageGroup, combinedGroup, lane, blocks + i * stride)) {
             kScalarKernels.encodeEtc1(tiles + i, 1, blocks + i * stride, stride);
         }
     }

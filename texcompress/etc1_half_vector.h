@@ -8,7 +8,7 @@
 // Where no channel leaves 0..255, a modifier m adds 1000 m^2 - 2 m D to a pixel's error, with D the weighted
 // sum of its channels less that of the base colour: D alone decides. The small modifiers s are best up to
 // |D| = 500 (s + l), the large ones l beyond. Tables that do leave the range take the long way, unless a
-// bound tells that they are worse.
+// quick bound or a closer one tells that they are worse.
 #ifndef ZORVAN_TEXCOMPRESS_ETC1_HALF_VECTOR_H
 #define ZORVAN_TEXCOMPRESS_ETC1_HALF_VECTOR_H
 
@@ -39,10 +39,12 @@ struct Etc1Pixels {
     alignas(32) int32_t sums[16];         ///< weighted sums of the channels
     alignas(32) int32_t halfSums[4][8];   ///< the same of each half's pixels
     const Tile* tile;
+    const Etc1HalfColors* group;  ///< the colours of the tile's group, the tile's in one lane
+    size_t lane;
     bool flat;  ///< all pixels are equal
 };
 
-inline Etc1Pixels PixelsOf(const Tile& tile) {
+inline Etc1Pixels PixelsOf(const Tile& tile, const Etc1HalfColors& group, size_t lane) {
     Etc1Pixels pixels;
     I32 differences{};
     for (int k = 0; k < 16; k += kLanes) {
@@ -65,6 +67,8 @@ inline Etc1Pixels PixelsOf(const Tile& tile) {
         StoreVector(pixels.halfSums[2 + k / 4] + 4, lower);
     }
     pixels.tile = &tile;
+    pixels.group = &group;
+    pixels.lane = lane;
     pixels.flat = !AnyLane(differences & 0xFFFFFF);
     return pixels;
 }
@@ -166,6 +170,43 @@ struct Etc1Errors {
     return errors;
 }
 
+/// The most that clamping takes off the error of a pixel with each modifier. In a channel with some headroom,
+/// clamping shortens the modifier m by e = m - headroom, which takes w e (2 m - e - 2 d) off for a pixel d
+/// away in its direction.
+inline F32 GreatestGain(const Etc1Pixels& pixels, int half, const Etc1Base& base, const F32& modifiers) {
+    F32 above{};
+    F32 below{};
+    for (int c = 0; c < 3; ++c) {
+        const auto weight = static_cast<float>(kEtc1Weights[c]);
+        const int32_t value = base.values[c];
+        const int32_t beneath = value - pixels.group->lowest[half][c][pixels.lane];
+        const int32_t beyond = pixels.group->highest[half][c][pixels.lane] - value;
+        const F32 cutAbove = Max(modifiers - static_cast<float>(255 - value), F32{});
+        const F32 cutBelow = Max(modifiers - static_cast<float>(value), F32{});
+        above += cutAbove * (2.0f * modifiers - cutAbove + static_cast<float>(2 * beneath)) * weight;
+        below += cutBelow * (2.0f * modifiers - cutBelow + static_cast<float>(2 * beyond)) * weight;
+    }
+    return Max(above, below);
+}
+
+/// Whether one of a vector's tables that clamp may have no larger error than `best`.
+[[gnu::noinline]] inline bool MayBeBetter(const Etc1Pixels& pixels, int half, const Etc1Base& base, int table,
+                                          int32_t best) {
+    constexpr float kRounding = 4096.0f;  // more than all roundings of sums below 2^32
+    const auto larges = LoadVector<I32>(kEtc1Columns[3] + table);
+    const F32 small = ToFloat(LoadVector<I32>(kEtc1Columns[2] + table));
+    const F32 large = ToFloat(larges);
+    const F32 ofSmall = 1000.0f * small * small - GreatestGain(pixels, half, base, small);
+    const F32 ofLarge = 1000.0f * large * large - GreatestGain(pixels, half, base, large);
+    F32 sum = F32{} + static_cast<float>(base.constant);
+    for (const int32_t halfSum : pixels.halfSums[half]) {
+        const int32_t difference = halfSum - base.weighted;
+        const auto twice = static_cast<float>(difference < 0 ? -2 * difference : 2 * difference);
+        sum += Min(ofSmall - small * twice, ofLarge - large * twice);
+    }
+    return AnyLane((larges > base.room) & I32(sum <= static_cast<float>(best) + kRounding));
+}
+
 /// The first of some equally good tables, a bit each in `tied`, by the doubles of the plain encoder.
 [[gnu::noinline]] inline uint32_t BreakTie(const Etc1Pixels& pixels, int half, const int32_t (&base)[3],
                                            uint32_t tied) {
@@ -185,12 +226,13 @@ struct Etc1Errors {
 
 /// The best table for a base colour, the first of equally good ones.
 inline Etc1Half CodeHalf(const Etc1Pixels& pixels, int half, const Etc1Base& base) {
-    // Were the best of these errors of a table that clamps, its group's bound would be no larger.
+    // Were the best of these errors of a table that clamps, its bounds would be no larger.
     Etc1Errors errors = EvaluateByDistances(pixels, half, base);
     int32_t best = errors.Least();
     for (int group = 0; group < kEtc1Groups; ++group) {
         const int table = group * kLanes;
-        if (kEtc1Columns[3][table + kLanes - 1] > base.room && base.bounds[group] <= best) {
+        if (kEtc1Columns[3][table + kLanes - 1] > base.room && base.bounds[group] <= best &&
+            MayBeBetter(pixels, half, base, table, best)) {
             errors.groups[group] = EvaluateTables(pixels, half, base.values, table);
             best = errors.Least();
         }
