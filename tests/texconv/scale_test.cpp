@@ -173,14 +173,17 @@ TEST(Bumpmap, KernelsWeighTheirNeighbours) {
 
 TEST(Bumpmap, WrapReachesTheOppositeEdge) {
     const Bytes up{128, 128, 255, 0};
-    Bytes heights(16, 0);
-    heights[0] = 255;
-    for (const std::uint32_t kernel : {2u, 3u}) {
-        for (const std::uint32_t wrap : {0u, 6u}) {
-            const Flags flags{.bumpmap = kernel, .bumpHeight = 10, .bumpWrap = wrap};
-            const Bytes normals = Normals(4, 4, heights, flags);
-            EXPECT_EQ(Bytes(normals.end() - 4, normals.end()) == up, wrap == 0);
-            EXPECT_EQ(Normals(1, 1, {200}, flags), up);  // its own neighbour
+    for (const std::ptrdiff_t corner : {0, 15}) {
+        Bytes heights(16, 0);
+        heights[static_cast<std::size_t>(corner)] = 255;
+        for (const std::uint32_t kernel : {2u, 3u}) {
+            for (const std::uint32_t wrap : {0u, 6u}) {
+                const Flags flags{.bumpmap = kernel, .bumpHeight = 10, .bumpWrap = wrap};
+                const Bytes normals = Normals(4, 4, heights, flags);
+                const auto opposite = normals.begin() + 4 * (15 - corner);
+                EXPECT_EQ(Bytes(opposite, opposite + 4) == up, wrap == 0);
+                EXPECT_EQ(Normals(1, 1, {200}, flags), up);  // its own neighbour
+            }
         }
     }
 }
