@@ -80,6 +80,7 @@ struct Pipeline {
     std::uint32_t redMask = 0;     // of the destination
     bool destinationPixels = false;
     Definition definition = nullptr;
+    std::uint32_t sourceRedMask = 0;
 };
 
 template <std::uint32_t kNewSide>
@@ -112,6 +113,7 @@ constexpr Pipeline kPipelines[] = {
     {"write LA88", FMT_RGBA8888, FMT_LA88},
     {"write BGRA8888", FMT_RGBA8888, FMT_BGRA8888},
     {"write 555, own masks", FMT_RGBA8888, FMT_RGB565, kSide, 0, 0, 0, 0, 0x7C00},
+    {"read 565, mask beyond", FMT_RGB565, FMT_RGBA8888, kSide, 0, 0, 0, 0, 0, false, nullptr, 0xFF0000},
     {"read P8_RGB565", FMT_P8_RGB565, FMT_RGBA8888},
     {"read P4_RGB565", FMT_P4_RGB565, FMT_RGBA8888},
     {"read RGBA16F", FMT_RGBA16F, FMT_RGBA8888},
@@ -186,6 +188,8 @@ Result Measure(const Pipeline& pipeline, const std::vector<std::uint8_t>& rgba) 
     painted.image.pData = painted.bytes.data();
     Buffer source(kSide, pipeline.from);
     Qonvert(&painted.image, &source.image);
+    source.flags.nMaskRed = pipeline.sourceRedMask;
+    source.image.pFormatFlags = pipeline.sourceRedMask != 0 ? &source.flags : nullptr;
     Buffer destination(pipeline.side, pipeline.to);
     TFormatFlags& flags = destination.flags;
     flags.nScaleFilter = pipeline.filter;

@@ -39,15 +39,29 @@ void ReadRow(const std::uint8_t* data, std::uint64_t limit, std::uint64_t offset
     }
 }
 
-// Calls kernel(bytes, x, 1) for every pixel x of a row, with the four bytes that begin where the pixel
-// does, whatever its size. Bytes from `limit` on are not touched; they read as 0.
+// The same with the four bytes that begin where each pixel does, whatever its size: `bytes` holds `count`
+// such words.
 template <typename Kernel>
 void ReadWordsInRow(const std::uint8_t* data, std::uint64_t limit, std::uint64_t offset,
                     std::uint32_t pixelBytes, std::uint32_t width, const Kernel& kernel) {
-    for (std::uint32_t x = 0; x < width; ++x) {
-        const std::uint64_t start = offset + std::uint64_t{x} * pixelBytes;
-        ReadRow(data, limit, start, 4, 1,
-                [&](const std::uint8_t* bytes, std::uint32_t, std::uint32_t) { kernel(bytes, x, 1u); });
+    constexpr std::uint32_t kWordBytes = 4;
+    constexpr std::uint32_t kPartPixels = 256;
+    std::array<std::uint8_t, std::size_t{kPartPixels} * kWordBytes> words;
+    for (std::uint32_t first = 0; first < width; first += kPartPixels) {
+        const std::uint32_t count = std::min(width - first, kPartPixels);
+        std::uint64_t start = offset + std::uint64_t{first} * pixelBytes;
+        for (std::uint32_t i = 0; i < count; ++i, start += pixelBytes) {
+            std::uint8_t* word = words.data() + std::size_t{i} * kWordBytes;
+            if (start + kWordBytes <= limit) {
+                std::memcpy(word, data + start, kWordBytes);
+                continue;
+            }
+            std::memset(word, 0, kWordBytes);
+            if (start < limit) {
+                std::memcpy(word, data + start, static_cast<std::size_t>(limit - start));
+            }
+        }
+        kernel(words.data(), first, count);
     }
 }
 
