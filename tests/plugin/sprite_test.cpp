@@ -96,7 +96,8 @@ TEST_F(SpriteTest, Programs) {
     const auto outer = Make<TransformNode>(
         Replaced("{'transferMode': 5, 'children': [{'class': 'TransformNode', 'children': [$, $]}, $]}", "$",
                  "{'class': 'Sprite', 'transferMode': 29}"));
-    SpriteGL &solid = Child(Child(*outer)), &textured = Child(Child(*outer), 1);
+    Node& inner = *outer->GetChildren()[0];
+    SpriteGL &solid = Child(inner), &textured = Child(inner, 1);
     textured.SetTexture(texture.Get());
     Update(*outer);
     EXPECT_EQ(TakeLog(), Built(2, 4) + "\n" + Built(3));
@@ -107,7 +108,7 @@ TEST_F(SpriteTest, Programs) {
     EXPECT_TRUE(device->transferModes.IsEmpty() && device->effectKeys.IsEmpty());
     // Moving out of the groups changes the program.
     const RefT<SpriteGL> moved(&textured);
-    Child(*outer).Detach(moved.Get());
+    inner.Detach(moved.Get());
     moved->transferMode.Set(kNoTransferMode);
     EXPECT_EQ(Key(*moved), kSpriteKey);
     EXPECT_EQ(Shader::Find(kNestedKey)->references, 1);
