@@ -57,6 +57,9 @@ template <typename Pixel>
 void OrientInPlace(std::uint8_t* image, std::uint32_t width, std::uint32_t height,
                    const Orientation& orientation) {
     static_assert(alignof(Pixel) == 1);
+    if (width == 0) {
+        return;  // the height may be any then
+    }
     auto* pixels = reinterpret_cast<Pixel*>(image);
     const auto row = [=](std::uint32_t y) { return pixels + std::size_t{y} * width; };
     for (std::uint32_t y = 0; orientation.flip && y < height / 2; ++y) {
