@@ -11,7 +11,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <span>
+#include <utility>
 #include <vector>
+
+#include "tools/zorvan/interruption.h"
 
 namespace zorvan::tool {
 namespace {
@@ -92,7 +96,7 @@ class FilmOutput final : public FrameOutput {
     FilmFormat const& format_;
     uint32_t framesPerSecond_;
     std::FILE* messages_;  // ffmpeg's
-    std::FILE* pipe_ = nullptr;
+    int pipe_ = -1;        // ffmpeg's input
     pid_t child_ = 0;
 };
 
@@ -152,12 +156,12 @@ bool FilmOutput::Start(Image const& frame) {
         _exit(127);
     }
     close(ends[0]);
-    pipe_ = fdopen(ends[1], "wb");
-    return child_ > 0 && pipe_ != nullptr;
+    pipe_ = ends[1];
+    return child_ > 0;
 }
 
 bool FilmOutput::Close() {
-    const bool written = pipe_ != nullptr && std::fclose(std::exchange(pipe_, nullptr)) == 0;
+    const bool written = close(std::exchange(pipe_, -1)) == 0;
     int status = 0;
     while (waitpid(child_, &status, 0) < 0 && errno == EINTR) {
         kill(child_, SIGKILL);  // interrupted: the film is given up
@@ -182,9 +186,19 @@ Failure FilmOutput::Explain() {
 }
 
 Status FilmOutput::Write(uint32_t, Image const& frame) {
-    if ((child_ == 0 && !Start(frame)) ||
-        std::fwrite(frame.rgba.data(), 1, frame.rgba.size(), pipe_) != frame.rgba.size()) {
+    if (child_ == 0 && !Start(frame)) {
         return Explain();
+    }
+    for (std::span<uint8_t const> rest = frame.rgba; !rest.empty();) {
+        const ssize_t written = write(pipe_, rest.data(), rest.size());
+        // A signal ends a write that waits for ffmpeg, with or without a part of the frame written.
+        if (Status interruption = CheckInterruption()) {
+            return interruption;
+        }
+        if (written < 0) {
+            return Explain();
+        }
+        rest = rest.subspan(static_cast<size_t>(written));
     }
     return std::nullopt;
 }

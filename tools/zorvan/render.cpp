@@ -170,7 +170,9 @@ Status Render(RenderOptions const& options) {
     }
     FrameFigures figures;
     if (Status failure = DrawFrames(options, **stage, **output, figures, places)) {
-        return failure;
+        // An output that a signal broke off failed for that reason, whatever it says.
+        const Status interruption = CheckInterruption();
+        return interruption ? interruption : failure;
     }
     const auto print = options.json ? PrintJson : PrintText;
     print(options, **stage, figures, places, ToStream(options) ? stderr : stdout);
