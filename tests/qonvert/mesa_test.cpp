@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "tests/pixels/surface.h"
+#include "tests/pixels/textured_quad.h"
 #include "tests/qonvert/samples.h"
 #include "tools/qonvert/transform.h"
 
@@ -12,29 +13,6 @@ namespace qonvert {
 namespace {
 
 constexpr int kSide = 16;
-
-// Draws the bound texture over the viewport.
-void MakeProgram() {
-    const auto compile = [](GLenum kind, const char* source) {
-        const GLuint shader = glCreateShader(kind);
-        glShaderSource(shader, 1, &source, nullptr);
-        glCompileShader(shader);
-        return shader;
-    };
-    const GLuint program = glCreateProgram();
-    glAttachShader(program, compile(GL_VERTEX_SHADER,
-                                    "attribute vec2 corner; varying vec2 at; void main() {"
-                                    "at = corner; gl_Position = vec4(2.0 * corner - 1.0, 0, 1); }"));
-    glAttachShader(program, compile(GL_FRAGMENT_SHADER,
-                                    "precision highp float; varying vec2 at; uniform sampler2D image;"
-                                    "void main() { gl_FragColor = texture2D(image, at); }"));
-    glBindAttribLocation(program, 0, "corner");
-    glLinkProgram(program);
-    glUseProgram(program);
-    static constexpr float kCorners[] = {0, 0, 1, 0, 0, 1, 1, 1};
-    glEnableVertexAttribArray(0);
-    glVertexAttribPointer(0, 2, GL_FLOAT, GL_FALSE, 0, kCorners);
-}
 
 // Gives a whole file to GL, with the fields of its header and rows padded to 4 bytes, GL's default.
 void Upload(const Bytes& file) {
@@ -66,7 +44,7 @@ TEST(Mesa, SamplesEveryLevelOfOurKtx) {
     if (surface == nullptr) {
         GTEST_SKIP() << "no EGL surface";
     }
-    MakeProgram();
+    zorvan::SetUpTexturedQuad();
     const struct {
         std::uint32_t format;
         const char* extension;  // that the driver needs, "" for none
@@ -93,11 +71,7 @@ TEST(Mesa, SamplesEveryLevelOfOurKtx) {
         }
         const Recipe recipe{.format = row.format, .width = kSide, .height = kSide, .levels = UINT32_MAX};
         const TextureFile texture = Transform(NoiseTexture(FMT_RGBA8888, kSide, kSide), recipe).texture;
-        GLuint name = 0;
-        glGenTextures(1, &name);
-        glBindTexture(GL_TEXTURE_2D, name);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST_MIPMAP_NEAREST);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+        const GLuint name = zorvan::BindNewTexture();
         Upload(WriteContainer(*FindContainer("ktx"), texture, {}));
         for (std::uint32_t i = 0; i < texture.levels.size(); ++i) {
             const std::uint32_t side = kSide >> i;

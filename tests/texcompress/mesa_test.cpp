@@ -9,6 +9,7 @@
 
 #include "codec_calls.h"
 #include "tests/pixels/surface.h"
+#include "tests/pixels/textured_quad.h"
 
 namespace zorvan::texcompress {
 namespace {
@@ -22,30 +23,13 @@ class Mesa : public ::testing::Test {
         if (surface_ == nullptr) {
             GTEST_SKIP() << "no surface without a window system";
         }
-        static constexpr float kCorners[] = {0, 0, 1, 0, 0, 1, 1, 1};
-        const GLuint program = glCreateProgram();
-        glAttachShader(program,
-                       Compile(GL_VERTEX_SHADER,
-                               "attribute vec2 corner; varying vec2 at;"
-                               "void main() { at = corner; gl_Position = vec4(2.0 * corner - 1.0, 0, 1); }"));
-        glAttachShader(program, Compile(GL_FRAGMENT_SHADER,
-                                        "precision highp float; varying vec2 at; uniform sampler2D image;"
-                                        "void main() { gl_FragColor = texture2D(image, at); }"));
-        glBindAttribLocation(program, 0, "corner");
-        glLinkProgram(program);
-        glUseProgram(program);
-        glEnableVertexAttribArray(0);
-        glVertexAttribPointer(0, 2, GL_FLOAT, GL_FALSE, 0, kCorners);
-        glDisable(GL_DITHER);
+        SetUpTexturedQuad();
     }
 
     /// The pixels R, G, B, A of a kSize x kSize texture as the driver sees them.
     static std::vector<uint8_t> Sample(GLenum format, const std::vector<uint8_t>& blocks) {
-        GLuint texture;
-        glGenTextures(1, &texture);
-        glBindTexture(GL_TEXTURE_2D, texture);
+        const GLuint texture = BindNewTexture();
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
         glCompressedTexImage2D(GL_TEXTURE_2D, 0, format, kSize, kSize, 0, static_cast<GLsizei>(blocks.size()),
                                blocks.data());
         glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
@@ -57,13 +41,6 @@ class Mesa : public ::testing::Test {
     }
 
   private:
-    static GLuint Compile(GLenum kind, const char* source) {
-        const GLuint shader = glCreateShader(kind);
-        glShaderSource(shader, 1, &source, nullptr);
-        glCompileShader(shader);
-        return shader;
-    }
-
     std::unique_ptr<Surface> surface_ = Surface::Make(kSize, kSize, {8, 8, 8, 8});
 };
 
