@@ -8,54 +8,57 @@
 namespace QXTextureConverter {
 namespace {
 
+constexpr std::size_t kPixelsPerStep = 4;
+
 #if defined(__AVX2__) || defined(__aarch64__)
 
 using ByteVector = std::uint8_t __attribute__((vector_size(16)));
-constexpr std::size_t kPixelsPerStep = 4;
 // A step touches 16 bytes for its 12; the pixels after it must make up for them.
 constexpr std::size_t kPixelsBeyond = 2;
 
-void Widen24(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
-    std::size_t i = 0;
-    for (; i + kPixelsPerStep + kPixelsBeyond <= count; i += kPixelsPerStep) {
-        ByteVector bytes;
-        std::memcpy(&bytes, from + i * 3, sizeof(bytes));
-        bytes = __builtin_shufflevector(bytes, ByteVector{}, 0, 1, 2, 16, 3, 4, 5, 16, 6, 7, 8, 16, 9, 10, 11,
-                                        16);
-        std::memcpy(to + i * 4, &bytes, sizeof(bytes));
-    }
-    for (; i < count; ++i) {
-        std::uint32_t word = 0;
-        std::memcpy(&word, from + i * 3, 3);
-        std::memcpy(to + i * 4, &word, 4);
-    }
+[[gnu::always_inline]] inline void WidenStep(const std::uint8_t* from, std::uint8_t* to) {
+    ByteVector bytes;
+    std::memcpy(&bytes, from, sizeof(bytes));
+    bytes =
+        __builtin_shufflevector(bytes, ByteVector{}, 0, 1, 2, 16, 3, 4, 5, 16, 6, 7, 8, 16, 9, 10, 11, 16);
+    std::memcpy(to, &bytes, sizeof(bytes));
 }
 
-void Narrow24(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
-    std::size_t i = 0;
-    for (; i + kPixelsPerStep + kPixelsBeyond <= count; i += kPixelsPerStep) {
-        ByteVector bytes;
-        std::memcpy(&bytes, from + i * 4, sizeof(bytes));
-        bytes = __builtin_shufflevector(bytes, ByteVector{}, 0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 16, 16,
-                                        16, 16);
-        std::memcpy(to + i * 3, &bytes, sizeof(bytes));
-    }
-    for (; i < count; ++i) {
-        std::memcpy(to + i * 3, from + i * 4, 3);
-    }
+[[gnu::always_inline]] inline void NarrowStep(const std::uint8_t* from, std::uint8_t* to) {
+    ByteVector bytes;
+    std::memcpy(&bytes, from, sizeof(bytes));
+    bytes =
+        __builtin_shufflevector(bytes, ByteVector{}, 0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 16, 16, 16, 16);
+    std::memcpy(to, &bytes, sizeof(bytes));
 }
 
 #else
 
-// Without a shuffle of bytes, four pixels at a time in three words.
+// Without a shuffle of bytes, four pixels in three words.
+constexpr std::size_t kPixelsBeyond = 0;
+
+[[gnu::always_inline]] inline void WidenStep(const std::uint8_t* from, std::uint8_t* to) {
+    std::uint32_t in[3];
+    std::memcpy(in, from, sizeof(in));
+    const std::uint32_t out[4] = {in[0] & 0xFFFFFF, (in[0] >> 24 | in[1] << 8) & 0xFFFFFF,
+                                  (in[1] >> 16 | in[2] << 16) & 0xFFFFFF, in[2] >> 8};
+    std::memcpy(to, out, sizeof(out));
+}
+
+[[gnu::always_inline]] inline void NarrowStep(const std::uint8_t* from, std::uint8_t* to) {
+    std::uint32_t in[4];
+    std::memcpy(in, from, sizeof(in));
+    const std::uint32_t out[3] = {(in[0] & 0xFFFFFF) | in[1] << 24, (in[1] >> 8 & 0xFFFF) | in[2] << 16,
+                                  (in[2] >> 16 & 0xFF) | in[3] << 8};
+    std::memcpy(to, out, sizeof(out));
+}
+
+#endif
+
 void Widen24(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
     std::size_t i = 0;
-    for (; i + 4 <= count; i += 4) {
-        std::uint32_t in[3];
-        std::memcpy(in, from + i * 3, sizeof(in));
-        const std::uint32_t out[4] = {in[0] & 0xFFFFFF, (in[0] >> 24 | in[1] << 8) & 0xFFFFFF,
-                                      (in[1] >> 16 | in[2] << 16) & 0xFFFFFF, in[2] >> 8};
-        std::memcpy(to + i * 4, out, sizeof(out));
+    for (; i + kPixelsPerStep + kPixelsBeyond <= count; i += kPixelsPerStep) {
+        WidenStep(from + i * 3, to + i * 4);
     }
     for (; i < count; ++i) {
         std::uint32_t word = 0;
@@ -66,19 +69,13 @@ void Widen24(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
 
 void Narrow24(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
     std::size_t i = 0;
-    for (; i + 4 <= count; i += 4) {
-        std::uint32_t in[4];
-        std::memcpy(in, from + i * 4, sizeof(in));
-        const std::uint32_t out[3] = {(in[0] & 0xFFFFFF) | in[1] << 24, (in[1] >> 8 & 0xFFFF) | in[2] << 16,
-                                      (in[2] >> 16 & 0xFF) | in[3] << 8};
-        std::memcpy(to + i * 3, out, sizeof(out));
+    for (; i + kPixelsPerStep + kPixelsBeyond <= count; i += kPixelsPerStep) {
+        NarrowStep(from + i * 4, to + i * 3);
     }
     for (; i < count; ++i) {
         std::memcpy(to + i * 3, from + i * 4, 3);
     }
 }
-
-#endif
 
 // Words of three bytes go through words of four, some at a time so that these stay in the nearest cache.
 constexpr std::size_t kChunkPixels = 256;
