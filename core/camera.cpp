@@ -13,7 +13,7 @@ Camera::Camera(Camera const& other)
       farPlane(OwnProperties(), other.farPlane.Get()),
       viewRectangle(OwnProperties(), other.viewRectangle.Get()) {}
 
-bool Camera::IsKindOf(ClassId id) {
+uint32_t Camera::IsKindOf(ClassId id) {
     return id == MakeClassId(u"Camera") || TransformNode::IsKindOf(id);
 }
 

@@ -10,7 +10,7 @@ class ZORVAN_CORE_API Camera : public TransformNode {
     Camera() = default;
     Camera(Camera const& other);
 
-    bool IsKindOf(ClassId id) override;
+    uint32_t IsKindOf(ClassId id) override;
 
     // Sets up a perspective camera like a photographer's: lens (focal length) and film width in
     // millimetres, view size in pixels. With place, the camera also stands where the plane z = 0 maps

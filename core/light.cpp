@@ -9,7 +9,7 @@ void Light::Visit(Visitor& visitor) {
     visitor.VisitChildren(GetChildren());
 }
 
-bool Light::IsKindOf(ClassId id) {
+uint32_t Light::IsKindOf(ClassId id) {
     return id == MakeClassId(u"Light") || TransformNode::IsKindOf(id);
 }
 

@@ -10,7 +10,7 @@ namespace zorvan {
 class ZORVAN_CORE_API Light : public TransformNode {
   public:
     void Visit(Visitor& visitor) override;
-    bool IsKindOf(ClassId id) override;
+    uint32_t IsKindOf(ClassId id) override;
 
     // Prepares the device for this light.
     virtual void Setup(GraphicsDevice& device) = 0;

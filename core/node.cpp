@@ -22,7 +22,7 @@ Node::~Node() {
     }
 }
 
-bool Node::IsKindOf(ClassId id) {
+uint32_t Node::IsKindOf(ClassId id) {
     return id == MakeClassId(u"Node");
 }
 

@@ -36,7 +36,8 @@ class ZORVAN_CORE_API Node : public Referenced {
     virtual void Visit(Visitor& visitor) = 0;
     // A copy with copies of all children.
     virtual Node* CloneDeep() = 0;
-    virtual bool IsKindOf(ClassId id);
+    // 1 for the object's class and those above it, else 0.
+    virtual uint32_t IsKindOf(ClassId id);
 
     virtual void SetUserData(void* data);
     virtual void* GetUserData();

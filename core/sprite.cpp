@@ -31,7 +31,7 @@ Sprite::Sprite(Sprite const& other)
       color(OwnProperties(), other.color.Get()),
       texture_(other.texture_) {}
 
-bool Sprite::IsKindOf(ClassId id) {
+uint32_t Sprite::IsKindOf(ClassId id) {
     return id == MakeClassId(u"Sprite") || TransformNode::IsKindOf(id);
 }
 

@@ -11,7 +11,7 @@ class ZORVAN_CORE_API Sprite : public TransformNode {
     Sprite() = default;
     Sprite(Sprite const& other);
 
-    bool IsKindOf(ClassId id) override;
+    uint32_t IsKindOf(ClassId id) override;
     bool Load(Deserializer& reader) override;
 
   protected:

@@ -13,7 +13,7 @@ Text::Text(Text const& other)
       letterSpacing(OwnProperties(), other.letterSpacing.Get()),
       lineSpacing(OwnProperties(), other.lineSpacing.Get()) {}
 
-bool Text::IsKindOf(ClassId id) {
+uint32_t Text::IsKindOf(ClassId id) {
     return id == MakeClassId(u"Text") || TransformNode::IsKindOf(id);
 }
 

@@ -11,7 +11,7 @@ class ZORVAN_CORE_API Text : public TransformNode {
     Text() = default;
     Text(Text const& other);
 
-    bool IsKindOf(ClassId id) override;
+    uint32_t IsKindOf(ClassId id) override;
     // Has the font rasterise what the string needs.
     bool Load(Deserializer& reader) override;
 

@@ -79,7 +79,7 @@ Timeline::~Timeline() {
     SetCamera(nullptr);
 }
 
-bool Timeline::IsKindOf(ClassId id) {
+uint32_t Timeline::IsKindOf(ClassId id) {
     return id == MakeClassId(u"Timeline") || TransformNode::IsKindOf(id);
 }
 

@@ -25,7 +25,7 @@ class ZORVAN_CORE_API Timeline : public TransformNode, public Playback {
     Timeline(Timeline const& other);
     ~Timeline() override;
 
-    bool IsKindOf(ClassId id) override;
+    uint32_t IsKindOf(ClassId id) override;
     void Update(GraphicsDevice& device, RealFixed const& time) override;
     void Update(GraphicsDevice& device, RealFixed const& time, RealFixed const& delta, bool force) override;
     bool Load(Deserializer& reader) override;

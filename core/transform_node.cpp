@@ -106,7 +106,7 @@ Node* TransformNode::CloneDeep() {
     return CloneChildren(*this, Clone());
 }
 
-bool TransformNode::IsKindOf(ClassId id) {
+uint32_t TransformNode::IsKindOf(ClassId id) {
     return id == MakeClassId(u"TransformNode") || Node::IsKindOf(id);
 }
 

@@ -18,7 +18,7 @@ class ZORVAN_CORE_API TransformNode : public Node {
     ClassId GetClassId() override;
     void Visit(Visitor& visitor) override;
     Node* CloneDeep() override;
-    bool IsKindOf(ClassId id) override;
+    uint32_t IsKindOf(ClassId id) override;
     Matrix4T<RealFixed> const& GetWorldMatrix() const override;
     // Draws this node, then its children. In the device's selection mode asks instead of drawing, and
     // pushes this node on the device's list of selected nodes when IsSelect says so.

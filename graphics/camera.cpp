@@ -56,7 +56,7 @@ Node* CameraGL::CloneDeep() {
     return CloneChildren(*this, Clone());
 }
 
-bool CameraGL::IsKindOf(ClassId id) {
+uint32_t CameraGL::IsKindOf(ClassId id) {
     return id == MakeClassId(u"CameraGL") || Camera::IsKindOf(id);
 }
 

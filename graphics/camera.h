@@ -19,7 +19,7 @@ class ZORVAN_GL_API CameraGL : public Camera {
     ClassId GetClassId() override;
     void Visit(Visitor& visitor) override;
     Node* CloneDeep() override;
-    bool IsKindOf(ClassId id) override;
+    uint32_t IsKindOf(ClassId id) override;
 
     // Subscribes to the changes of the settings.
     void RegisterProperties() override;

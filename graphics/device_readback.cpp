@@ -60,7 +60,8 @@ bool ReadRgba(Window const& window, Texture& texture) {
         Read(window, GL_RGBA, texture.pixels.data);
         return glGetError() == GL_NO_ERROR;
     }
-    const Scratch scratch(static_cast<uint8_t*>(std::calloc(static_cast<size_t>(needed), 1)));
+    const auto size = static_cast<size_t>(std::min<uint64_t>(needed, SIZE_MAX));
+    const Scratch scratch(static_cast<uint8_t*>(std::calloc(size, 1)));
     if (scratch == nullptr) {
         return false;
     }

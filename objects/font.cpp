@@ -26,7 +26,7 @@ ClassId FontGL::GetClassId() {
     return MakeClassId(u"FontGL");
 }
 
-bool FontGL::IsKindOf(ClassId id) {
+uint32_t FontGL::IsKindOf(ClassId id) {
     return id == MakeClassId(u"FontGL") || id == MakeClassId(u"Font");
 }
 

@@ -23,7 +23,7 @@ class ZORVAN_GL_API FontGL : public Font {
 
     char const* GetClassName();
     ClassId GetClassId();
-    bool IsKindOf(ClassId id);
+    uint32_t IsKindOf(ClassId id);
 
   private:
     void FillQuad(Glyph const& glyph, Vector2T<RealFixed> const& position);

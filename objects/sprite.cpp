@@ -55,7 +55,7 @@ Node* SpriteGL::CloneDeep() {
     return CloneChildren(*this, new SpriteGL(*this));
 }
 
-bool SpriteGL::IsKindOf(ClassId id) {
+uint32_t SpriteGL::IsKindOf(ClassId id) {
     return id == MakeClassId(u"SpriteGL") || Sprite::IsKindOf(id);
 }
 

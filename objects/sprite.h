@@ -24,7 +24,7 @@ class ZORVAN_GL_API SpriteGL : public Sprite {
     ClassId GetClassId() override;
     void Visit(Visitor& visitor) override;
     Node* CloneDeep() override;
-    bool IsKindOf(ClassId id) override;
+    uint32_t IsKindOf(ClassId id) override;
 
     // Makes the geometry from the loaded size.
     bool Load(Deserializer& reader) override;

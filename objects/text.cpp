@@ -37,7 +37,7 @@ Node* TextGL::CloneDeep() {
     return CloneChildren(*this, new TextGL(*this));
 }
 
-bool TextGL::IsKindOf(ClassId id) {
+uint32_t TextGL::IsKindOf(ClassId id) {
     return id == MakeClassId(u"TextGL") || Text::IsKindOf(id);
 }
 

@@ -22,7 +22,7 @@ class ZORVAN_GL_API TextGL : public Text {
     ClassId GetClassId() override;
     void Visit(Visitor& visitor) override;
     Node* CloneDeep() override;
-    bool IsKindOf(ClassId id) override;
+    uint32_t IsKindOf(ClassId id) override;
 
     // Chooses the program, making it where there is none yet.
     void InternalUpdate(GraphicsDevice& device, RealFixed const& time, RealFixed const& delta,

@@ -126,7 +126,7 @@ ClassId TextureGL::GetClassId() {
     return MakeClassId(u"TextureGL");
 }
 
-bool TextureGL::IsKindOf(ClassId id) {
+uint32_t TextureGL::IsKindOf(ClassId id) {
     return id == MakeClassId(u"TextureGL") || id == MakeClassId(u"Texture");
 }
 

@@ -21,7 +21,7 @@ class ZORVAN_GL_API TextureGL : public Texture {
 
     char const* GetClassName();
     ClassId GetClassId();
-    bool IsKindOf(ClassId id);
+    uint32_t IsKindOf(ClassId id);
 
     // Uploads all levels. False without pixels, and for a format that GL does not take; then the GL
     // texture exists with the levels before, and the pixels stay.

@@ -35,7 +35,7 @@ Node* TimelineGL::CloneDeep() {
     return CloneChildren(*this, new TimelineGL(*this));
 }
 
-bool TimelineGL::IsKindOf(ClassId id) {
+uint32_t TimelineGL::IsKindOf(ClassId id) {
     return id == MakeClassId(u"TimelineGL") || Timeline::IsKindOf(id);
 }
 

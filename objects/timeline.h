@@ -18,7 +18,7 @@ class ZORVAN_GL_API TimelineGL : public Timeline {
     ClassId GetClassId() override;
     void Visit(Visitor& visitor) override;
     Node* CloneDeep() override;
-    bool IsKindOf(ClassId id) override;
+    uint32_t IsKindOf(ClassId id) override;
 
     void InternalRender(GraphicsDevice& device) override;
 };

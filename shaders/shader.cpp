@@ -64,7 +64,7 @@ ClassId ShaderGL::GetClassId() {
     return MakeClassId(u"ShaderGL");
 }
 
-bool ShaderGL::IsKindOf(ClassId id) {
+uint32_t ShaderGL::IsKindOf(ClassId id) {
     return id == MakeClassId(u"ShaderGL") || id == MakeClassId(u"Shader");
 }
 

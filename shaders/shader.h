@@ -27,7 +27,7 @@ class ZORVAN_GL_API ShaderGL : public Shader {
 
     char const* GetClassName();
     ClassId GetClassId();
-    bool IsKindOf(ClassId id);
+    uint32_t IsKindOf(ClassId id);
 
     // A shader object of GL_VERTEX_SHADER or GL_FRAGMENT_SHADER, or 0.
     GLuint CompileGLShader(GLenum type, ShaderSource const& source);
