@@ -19,8 +19,8 @@ const TestImage& Image() {
     return image;
 }
 
-/// The quickest of the calls of one benchmark, in processor time: what others on the machine disturb
-/// least.
+// The quickest of the calls of one benchmark, in processor time: what others on the machine disturb
+// least.
 class QuickestCall {
   public:
     template <typename Call>
@@ -50,7 +50,7 @@ double MemcpyMPixels() {
     return rate;
 }
 
-/// plainRate is that of the plain set, which runs first.
+// plainRate is that of the plain set, which runs first.
 void Report(benchmark::State& state, const QuickestCall& quickest, size_t set, double& plainRate) {
     plainRate = set == 0 ? quickest.MPixels() : plainRate;
     state.counters["MPixel/s"] = quickest.MPixels();

@@ -1,6 +1,5 @@
 // Reads a fuzzer's input piece by piece; past its end everything is 0.
-#ifndef ZORVAN_FUZZ_FUZZ_INPUT_H
-#define ZORVAN_FUZZ_FUZZ_INPUT_H
+#pragma once
 
 #include <array>
 #include <cstddef>
@@ -24,16 +23,16 @@ class FuzzInput {
         return word;
     }
 
-    /// A number low..high, both included.
+    // A number low..high, both included.
     uint32_t Range(uint32_t low, uint32_t high) { return low + Byte() % (high - low + 1); }
 
-    /// One of the values.
+    // One of the values.
     template <typename T, size_t N>
     T Pick(const std::array<T, N>& values) {
         return values[Byte() % N];
     }
 
-    /// An allocation of exactly size bytes, filled with the rest of the input over and over.
+    // An allocation of exactly size bytes, filled with the rest of the input over and over.
     std::unique_ptr<uint8_t[]> Fill(size_t size) const {
         auto bytes = std::make_unique<uint8_t[]>(size);
         const size_t rest = size_ - position_;
@@ -49,7 +48,7 @@ class FuzzInput {
     size_t position_ = 0;
 };
 
-/// Ends the program, as the fuzzer expects of a finding.
+// Ends the program, as the fuzzer expects of a finding.
 inline void Require(bool condition) {
     if (!condition) {
         std::abort();
@@ -57,5 +56,3 @@ inline void Require(bool condition) {
 }
 
 }  // namespace zorvan::fuzz
-
-#endif  // ZORVAN_FUZZ_FUZZ_INPUT_H

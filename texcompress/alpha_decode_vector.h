@@ -1,6 +1,5 @@
 // Decoding of alpha and 3Dc blocks on vectors. See vector_types.h for how it is compiled.
-#ifndef ZORVAN_TEXCOMPRESS_ALPHA_DECODE_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_ALPHA_DECODE_VECTOR_H
+#pragma once
 
 #include <cstddef>
 
@@ -10,8 +9,8 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// The palette of an interpolated block is (w0 a0 + w1 a1 + offset) x scale, rounded down. The offsets
-/// hold the format's rounding and a half that keeps quotients away from whole numbers.
+// The palette of an interpolated block is (w0 a0 + w1 a1 + offset) x scale, rounded down. The offsets
+// hold the format's rounding and a half that keeps quotients away from whole numbers.
 struct RampWeights {
     float w0[8], w1[8], offset[8], scale;
 };
@@ -27,10 +26,10 @@ constexpr RampWeights kRamps[2] = {
      1.0f / 7.0f},
 };
 
-/// An interpolated block's palette and indices.
+// An interpolated block's palette and indices.
 struct InterpolatedBlock {
     uint32_t entries[8];
-    uint32_t indices[2];  ///< of eight pixels each, 3 bits per pixel
+    uint32_t indices[2];  // of eight pixels each, 3 bits per pixel
 
     explicit InterpolatedBlock(const uint8_t* block) {
         const uint32_t word = LoadWord(block);
@@ -49,7 +48,7 @@ struct InterpolatedBlock {
         indices[1] = static_cast<uint32_t>(bits >> 24);
     }
 
-    /// Multiplies the palette by a factor and looks the pixels up in it.
+    // Multiplies the palette by a factor and looks the pixels up in it.
     [[gnu::always_inline]] void LookUp(uint32_t factor, uint32_t* pixels) {
         for (uint32_t& entry : entries) {
             entry *= factor;
@@ -59,7 +58,7 @@ struct InterpolatedBlock {
     }
 };
 
-/// pixels |= others | constant
+// pixels |= others | constant
 [[gnu::always_inline]] inline void JoinPixels(Tile& tile, const Tile& others, uint32_t constant) {
     for (int k = 0; k < 16; k += kLanes) {
         const auto joined = LoadVector<U32>(tile.pixels + k) | LoadVector<U32>(others.pixels + k) | constant;
@@ -91,7 +90,7 @@ inline void DecodeAti2nOnVectors(const uint8_t* blocks, size_t count, size_t str
     }
 }
 
-/// Each byte of the lower or the upper half behind as many zeros as make a word of them: shorts, then words.
+// Each byte of the lower or the upper half behind as many zeros as make a word of them: shorts, then words.
 [[gnu::always_inline]] inline Quad BytesToTop(const Bytes16& bytes, bool upperHalf, bool upperQuarter) {
     const Bytes16 zeros{};
     using Shorts8 = uint16_t __attribute__((vector_size(16)));
@@ -124,5 +123,3 @@ inline void DecodeAlphaExplicitOnVectors(const uint8_t* blocks, size_t count, si
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_ALPHA_DECODE_VECTOR_H

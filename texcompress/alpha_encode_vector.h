@@ -1,6 +1,5 @@
 // Encoding of alpha and 3Dc blocks on vectors. See vector_types.h for how it is compiled.
-#ifndef ZORVAN_TEXCOMPRESS_ALPHA_ENCODE_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_ALPHA_ENCODE_VECTOR_H
+#pragma once
 
 #include <cstddef>
 
@@ -12,13 +11,13 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// 16 values of one channel.
+// 16 values of one channel.
 struct AlphaValues {
     alignas(32) int16_t values[16];
     int lowest, highest;
 };
 
-/// End values in the order that their mode asks for.
+// End values in the order that their mode asks for.
 struct AlphaEnds {
     int a0, a1;
 };
@@ -46,8 +45,8 @@ inline AlphaValues ValuesOf(const Tile& tile, int shift) {
     return values;
 }
 
-/// The ends of values whose range counts as exact. Only the number of distinct values matters: bit n of
-/// the set stands for the value n above the lowest.
+// The ends of values whose range counts as exact. Only the number of distinct values matters: bit n of
+// the set stands for the value n above the lowest.
 inline AlphaEnds FindNarrowEnds(const AlphaValues& values) {
     uint64_t present = 0;
     for (const int16_t value : values.values) {
@@ -69,8 +68,8 @@ inline AlphaEnds FindNarrowEnds(const AlphaValues& values) {
     return SixValueEnds(low, low == high ? low + 1 : high);
 }
 
-/// The ends of any values; see FindAlphaEndpoints. Where the six-value mode is exact, the other one
-/// cannot win.
+// The ends of any values; see FindAlphaEndpoints. Where the six-value mode is exact, the other one
+// cannot win.
 inline AlphaEnds FindWideEnds(const AlphaValues& values) {
     uint8_t sorted[16];
     for (int k = 0; k < 16; ++k) {
@@ -109,7 +108,7 @@ inline AlphaEnds FindWideEnds(const AlphaValues& values) {
                                     : EightValueEnds(round(eight.a), round(eight.b));
 }
 
-/// The indices of the nearest palette entries, the first of equally near ones.
+// The indices of the nearest palette entries, the first of equally near ones.
 inline uint64_t NearestEntries(const AlphaValues& values, const uint32_t (&entries)[8]) {
     alignas(32) int16_t indices[16];
     for (int k = 0; k < 16; k += kShortLanes) {
@@ -168,5 +167,3 @@ inline void EncodeAti2nOnVectors(const Tile* tiles, size_t count, uint8_t* block
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_ALPHA_ENCODE_VECTOR_H

@@ -9,7 +9,7 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// The palette that end values stand for.
+// The palette that end values stand for.
 AlphaRamp RampOf(uint32_t a0, uint32_t a1) {
     AlphaRamp ramp{static_cast<uint8_t>(a0), static_cast<uint8_t>(a1)};
     if (a0 > a1) {
@@ -26,7 +26,7 @@ AlphaRamp RampOf(uint32_t a0, uint32_t a1) {
     return ramp;
 }
 
-/// The best pair for the six-value mode, whose set leaves out what 0 and 255 stand for.
+// The best pair for the six-value mode, whose set leaves out what 0 and 255 stand for.
 AlphaCandidate FindSixValueCandidate(const WeightedValues& set) {
     switch (set.size) {
         case 0:

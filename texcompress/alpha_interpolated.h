@@ -1,8 +1,7 @@
 // Interpolated alpha blocks: two 8-bit end values and sixteen 3-bit indices, pixel k at bit 16 + 3k of
 // the little-endian 64-bit block. The order of the end values chooses between six interpolated values
 // beside 0 and 255 (a0 <= a1) and eight (a0 > a1).
-#ifndef ZORVAN_TEXCOMPRESS_ALPHA_INTERPOLATED_H
-#define ZORVAN_TEXCOMPRESS_ALPHA_INTERPOLATED_H
+#pragma once
 
 #include <array>
 
@@ -10,7 +9,7 @@
 
 namespace zorvan::texcompress {
 
-/// How a block's palette is built: the number of values interpolated between and including its ends.
+// How a block's palette is built: the number of values interpolated between and including its ends.
 enum class AlphaMode { kSixValues = 6, kEightValues = 8 };
 
 struct AlphaEndpoints {
@@ -21,22 +20,20 @@ struct AlphaEndpoints {
 using AlphaRamp = std::array<uint8_t, 8>;
 using AlphaIndices = std::array<uint8_t, kTilePixels>;
 
-/// Searches the mode and the end values, in ascending order, that code the values best.
+// Searches the mode and the end values, in ascending order, that code the values best.
 AlphaEndpoints FindAlphaEndpoints(const ChannelTile& alpha);
 
-/// Puts unequal ends into the order that their mode asks for and builds the palette that the decoder
-/// will build from them.
+// Puts unequal ends into the order that their mode asks for and builds the palette that the decoder
+// will build from them.
 AlphaRamp BuildAlphaRamp(AlphaEndpoints& ends);
 
-/// The index of each value's nearest palette entry, the first of equally near ones; 0 for all if the
-/// end values are equal.
+// The index of each value's nearest palette entry, the first of equally near ones; 0 for all if the
+// end values are equal.
 AlphaIndices AssignAlphaIndices(const ChannelTile& alpha, const AlphaRamp& ramp);
 
-/// Encodes one block. block receives kBlockBytes bytes.
+// Encodes one block. block receives kBlockBytes bytes.
 void atiEncodeAlphaBlockInterp(const ChannelTile& alpha, uint8_t* block);
-/// Decodes one block. Equal end values give that value throughout, whatever the indices say.
+// Decodes one block. Equal end values give that value throughout, whatever the indices say.
 void atiDecodeAlphaBlockInterp(ChannelTile& alpha, const uint8_t* block);
 
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_ALPHA_INTERPOLATED_H

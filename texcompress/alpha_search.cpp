@@ -38,7 +38,7 @@ Ramp SearchCoarsely(const WeightedValues& set, int steps) {
     return best;
 }
 
-/// Moves the ends by one step at a time, always to the best of the nine moves, while that improves.
+// Moves the ends by one step at a time, always to the best of the nine moves, while that improves.
 Ramp Refine(const WeightedValues& set, int steps, Ramp best, float step, float limit) {
     constexpr std::array<float, 3> kMoves{0.0f, -1.0f, 1.0f};
     for (;;) {

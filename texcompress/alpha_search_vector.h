@@ -4,8 +4,7 @@
 //
 // The plain search stops a sum once it exceeds the best one and then rejects the pair. Sums only grow, so
 // complete sums are rejected just the same.
-#ifndef ZORVAN_TEXCOMPRESS_ALPHA_SEARCH_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_ALPHA_SEARCH_VECTOR_H
+#pragma once
 
 #include "texcompress/alpha_search.h"
 #include "texcompress/vector_types.h"
@@ -13,13 +12,13 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// Distinct values in ascending order, each with its number of occurrences.
+// Distinct values in ascending order, each with its number of occurrences.
 struct AlphaSet {
     float values[16], weights[16];
     int size;
-    int lowest, highest;  ///< as bytes
+    int lowest, highest;  // as bytes
 
-    /// Counts one more occurrence of a byte that is not below the last one.
+    // Counts one more occurrence of a byte that is not below the last one.
     [[gnu::always_inline]] void Add(int byte) {
         if (size > 0 && highest == byte) {
             weights[size - 1] += 1.0f;
@@ -33,15 +32,15 @@ struct AlphaSet {
     }
 };
 
-/// A set as wide as 48/256 of the range or less counts as exact: 47 bytes, as 48 are 0.6 bytes too many.
+// A set as wide as 48/256 of the range or less counts as exact: 47 bytes, as 48 are 0.6 bytes too many.
 constexpr int kNarrowBytes = 47;
 
 struct AlphaPair {
     float a, b, error;
 };
 
-/// Errors of kLanes pairs. Values that lie beyond an end go there; for others the quotient is positive,
-/// so that truncation rounds it down. Once all lanes exceed best, the rest does not matter.
+// Errors of kLanes pairs. Values that lie beyond an end go there; for others the quotient is positive,
+// so that truncation rounds it down. Once all lanes exceed best, the rest does not matter.
 [[gnu::noinline]] inline F32 EvaluateRamps(const AlphaSet& set, const F32& a, const F32& b, int steps,
                                            float best) {
     const F32 step = (b - a) / static_cast<float>(steps - 1);
@@ -60,7 +59,7 @@ struct AlphaPair {
     return error;
 }
 
-/// Takes the first of the strictly best pairs among `count` lanes.
+// Takes the first of the strictly best pairs among `count` lanes.
 [[gnu::always_inline]] inline void OfferPairs(const AlphaSet& set, int steps, const F32& a, const F32& b,
                                               int count, AlphaPair& best) {
     const F32 errors = EvaluateRamps(set, a, b, steps, best.error);
@@ -74,7 +73,7 @@ struct AlphaPair {
     }
 }
 
-/// All pairs of the coarse search, in its order.
+// All pairs of the coarse search, in its order.
 inline AlphaPair SearchPairsCoarsely(const AlphaSet& set, int steps) {
     constexpr float kReach = 0.1f;
     constexpr float kStep = 0.018f;
@@ -108,8 +107,8 @@ inline AlphaPair SearchPairsCoarsely(const AlphaSet& set, int steps) {
     return best;
 }
 
-/// Moves the ends by one step at a time, always to the best of the moves, while that improves. To stay in
-/// place is no improvement.
+// Moves the ends by one step at a time, always to the best of the moves, while that improves. To stay in
+// place is no improvement.
 inline AlphaPair RefinePairs(const AlphaSet& set, int steps, AlphaPair best) {
     constexpr float kStep = 0.6f / 256.0f;
     constexpr float kMovesA[8] = {0, 0, -1, -1, -1, 1, 1, 1};
@@ -127,12 +126,10 @@ inline AlphaPair RefinePairs(const AlphaSet& set, int steps, AlphaPair best) {
     }
 }
 
-/// The best pair for a set that is not narrow.
+// The best pair for a set that is not narrow.
 inline AlphaPair SearchPairs(const AlphaSet& set, int steps) {
     return RefinePairs(set, steps, SearchPairsCoarsely(set, steps));
 }
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_ALPHA_SEARCH_VECTOR_H

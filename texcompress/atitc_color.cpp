@@ -10,14 +10,14 @@ namespace {
 
 constexpr Rgb kBlack{0, 0, 0};
 
-/// Widens a code of 4 < bits < 8 bits to 8 by repeating its top bits.
+// Widens a code of 4 < bits < 8 bits to 8 by repeating its top bits.
 constexpr uint8_t ExpandCode(uint32_t code, uint32_t bits) {
     return static_cast<uint8_t>(code << (8 - bits) | code >> (2 * bits - 8));
 }
 
-/// The code of the given width whose expansion is nearest to an 8-bit value. The alternative to the
-/// truncated code differs only in the lowest bit and keeps the low bits of the truncated code's
-/// expansion, so it is an approximation of the neighbouring code.
+// The code of the given width whose expansion is nearest to an 8-bit value. The alternative to the
+// truncated code differs only in the lowest bit and keeps the low bits of the truncated code's
+// expansion, so it is an approximation of the neighbouring code.
 constexpr uint32_t NearestCode(uint32_t value, uint32_t bits) {
     const uint32_t lowestBit = 1u << (8 - bits);
     const uint32_t fieldMask = 0x100u - lowestBit;
@@ -29,8 +29,8 @@ constexpr uint32_t NearestCode(uint32_t value, uint32_t bits) {
     return (distance(alternative) < distance(truncated) ? alternative : value) >> (8 - bits);
 }
 
-/// Whether two RGB565 colours tell the legacy decoder to use black: only where colour 0 is brighter
-/// than colour 1 by more than quantization can explain.
+// Whether two RGB565 colours tell the legacy decoder to use black: only where colour 0 is brighter
+// than colour 1 by more than quantization can explain.
 bool IsLegacyBlackMode(const Rgb& c0, const Rgb& c1) {
     const uint32_t floor0 = (19u * (c0.r & 0xF8u) + 38u * (c0.g & 0xFCu) + 7u * (c0.b & 0xF8u)) >> 6;
     const uint32_t ceiling1 = (19u * (c1.r | 7u) + 38u * (c1.g | 3u) + 7u * (c1.b | 7u)) >> 6;

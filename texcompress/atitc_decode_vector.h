@@ -1,7 +1,6 @@
 // ATC colour decoding on vectors: palettes of one block per lane, then the pixels of one block at a time.
 // See vector_types.h for how it is compiled.
-#ifndef ZORVAN_TEXCOMPRESS_ATITC_DECODE_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_ATITC_DECODE_VECTOR_H
+#pragma once
 
 #include <cstddef>
 
@@ -13,8 +12,8 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// Colours of 8 bits per channel: red in the lower and blue in the upper half of one word, green in
-/// another. Fields have room for sums.
+// Colours of 8 bits per channel: red in the lower and blue in the upper half of one word, green in
+// another. Fields have room for sums.
 struct SplitColors {
     I32 redBlue, green;
 };
@@ -38,7 +37,7 @@ constexpr int32_t kFields = 0xFF00FF;
     return (redBlue & kFields) | (green & 255) << 8;
 }
 
-/// The colour at 3/8 of the way from near to far.
+// The colour at 3/8 of the way from near to far.
 [[gnu::always_inline]] inline I32 BlendColors(const SplitColors& near, const SplitColors& far) {
     const auto blend = [](const I32& major, const I32& minor) {
         return ((major << 2) + major + (minor << 1) + minor) >> 3;
@@ -46,7 +45,7 @@ constexpr int32_t kFields = 0xFF00FF;
     return JoinColors(blend(near.redBlue, far.redBlue), blend(near.green, far.green));
 }
 
-/// medHigh less a quarter of high, at least 0.
+// medHigh less a quarter of high, at least 0.
 [[gnu::always_inline]] inline I32 LowerColors(const SplitColors& medHigh, const SplitColors& high) {
     const auto lower = [](const I32& value, const I32& above) {
         const I16 difference = I16(value) - I16(above >> 2 & 0x3F003F);
@@ -55,16 +54,16 @@ constexpr int32_t kFields = 0xFF00FF;
     return JoinColors(lower(medHigh.redBlue, high.redBlue), lower(medHigh.green, high.green));
 }
 
-/// Palettes of kLanes blocks, as what the bits of an index change: entry 0, what the lower bit flips, what
-/// the upper bit flips, and what both flip besides.
+// Palettes of kLanes blocks, as what the bits of an index change: entry 0, what the lower bit flips, what
+// the upper bit flips, and what both flip besides.
 struct AtcPalettes {
     alignas(32) int32_t first[kLanes], lower[kLanes], upper[kLanes], both[kLanes];
 
-    /// Colours of TXC_FORMAT_ATC.
+    // Colours of TXC_FORMAT_ATC.
     static AtcPalettes Of(const I32& colorWords) {
         return {Expand1555(colorWords), Expand565(colorWords >> 16 & 0xFFFF), (colorWords & 0x8000) != 0};
     }
-    /// Colours of TXC_FORMAT_ATC_LEGACY: beside black, the first one is the high one.
+    // Colours of TXC_FORMAT_ATC_LEGACY: beside black, the first one is the high one.
     static AtcPalettes OfLegacy(const I32& colorWords) {
         const SplitColors first = Expand565(colorWords & 0xFFFF);
         const SplitColors second = Expand565(colorWords >> 16 & 0xFFFF);
@@ -76,7 +75,7 @@ struct AtcPalettes {
         return {choose(second, first), choose(first, second), black};
     }
 
-    /// low has index 0, or 2 beside black; high has index 3.
+    // low has index 0, or 2 beside black; high has index 3.
     AtcPalettes(const SplitColors& low, const SplitColors& high, const I32& black) {
         const I32 plain0 = JoinColors(low.redBlue, low.green);
         const I32 entry0 = plain0 & ~black;
@@ -92,7 +91,7 @@ struct AtcPalettes {
     [[gnu::always_inline]] void LookUp(size_t block, uint32_t indexWord, Tile& tile) const;
 };
 
-/// Bit 2k of lane k, from pixel `first` on.
+// Bit 2k of lane k, from pixel `first` on.
 [[gnu::always_inline]] inline U32 IndexBits(int first) {
     U32 bits{};
     for (int i = 0; i < kLanes; ++i) {
@@ -135,5 +134,3 @@ inline void DecodeAtcOnVectors(const uint8_t* blocks, size_t count, size_t strid
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_ATITC_DECODE_VECTOR_H

@@ -1,7 +1,6 @@
 // ATC colour encoding on vectors, one tile per lane: from the first split to the block, for the full and
 // the fast encoder. See vector_types.h for how it is compiled.
-#ifndef ZORVAN_TEXCOMPRESS_ATITC_ENCODE_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_ATITC_ENCODE_VECTOR_H
+#pragma once
 
 #include "texcompress/atitc_group_vector.h"
 #include "texcompress/atitc_search_vector.h"
@@ -31,7 +30,7 @@ inline AtcPalette PaletteOf(const AtcColors& colors) {
     return palette;
 }
 
-/// An entry of the palette as the squared distance from it, less that from entry 0: a plane.
+// An entry of the palette as the squared distance from it, less that from entry 0: a plane.
 struct DistancePlane {
     F32 offset, slopes[kChannels];
 
@@ -51,8 +50,8 @@ inline DistancePlane PlaneOf(const AtcPalette& palette, int entry) {
     return plane;
 }
 
-/// Moves each pixel to its nearest palette entry where the new regions are usable; see
-/// CheckPixelRegionAssignment. Returns whether any tile has changed.
+// Moves each pixel to its nearest palette entry where the new regions are usable; see
+// CheckPixelRegionAssignment. Returns whether any tile has changed.
 inline bool RefineRegions(AtcGroup& group, const AtcColors& colors) {
     const AtcPalette palette = PaletteOf(colors);
     const DistancePlane planes[3] = {PlaneOf(palette, 1), PlaneOf(palette, 2), PlaneOf(palette, 3)};
@@ -81,8 +80,8 @@ inline bool RefineRegions(AtcGroup& group, const AtcColors& colors) {
     return AnyLane(accepted);
 }
 
-/// Recomputes colours from the refined regions. The full search takes back a refinement that changes
-/// whether the palette starts with black.
+// Recomputes colours from the refined regions. The full search takes back a refinement that changes
+// whether the palette starts with black.
 template <uint32_t Format>
 inline void RefineFully(AtcGroup& group, AtcColors& colors) {
     AtcGroup refined = group;
@@ -101,7 +100,7 @@ inline void RefineFully(AtcGroup& group, AtcColors& colors) {
     }
 }
 
-/// The codes of the end colours, the first one in the lower half.
+// The codes of the end colours, the first one in the lower half.
 template <uint32_t Format>
 inline I32 CodesOf(const AtcColors& colors) {
     const auto& [low, high, black, misjudged] = colors;
@@ -125,7 +124,7 @@ inline void StoreAtcBlocks(const AtcGroup& group, const I32& colorWords, size_t 
     }
 }
 
-/// Splits at quarters of the luminances' range; see EncodeRGBBlockFast.
+// Splits at quarters of the luminances' range; see EncodeRGBBlockFast.
 inline void SplitAtQuarters(AtcGroup& group) {
     F32 luminance[16];
     F32 lowest = F32{} + 255.0f;
@@ -145,8 +144,8 @@ inline void SplitAtQuarters(AtcGroup& group) {
     }
 }
 
-/// The squared error of each tile: that of a region with palette colour P is P.(nP - 2S) more than its
-/// sum of squares.
+// The squared error of each tile: that of a region with palette colour P is P.(nP - 2S) more than its
+// sum of squares.
 inline I32 ErrorsOf(const AtcGroup& group, const RegionSums& sums, const AtcColors& colors) {
     const AtcPalette palette = PaletteOf(colors);
     F32 errors{};
@@ -164,7 +163,7 @@ inline I32 ErrorsOf(const AtcGroup& group, const RegionSums& sums, const AtcColo
     return ToInt(errors);
 }
 
-/// The plain kernels.
+// The plain kernels.
 template <uint32_t Format>
 inline EncodeKernel PlainAtc() {
     return Format == TXC_FORMAT_ATC ? kScalarKernels.encodeAtc : kScalarKernels.encodeAtcLegacy;
@@ -249,5 +248,3 @@ inline void EncodeAtcFastOnVectors(const Tile* tiles, size_t count, uint8_t* blo
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_ATITC_ENCODE_VECTOR_H

@@ -1,7 +1,6 @@
 // ATC colour encoding on vectors, one tile per lane: the end colours of splits. See vector_types.h for how
 // it is compiled.
-#ifndef ZORVAN_TEXCOMPRESS_ATITC_GROUP_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_ATITC_GROUP_VECTOR_H
+#pragma once
 
 #include "texcompress/atitc_sorted_tile_vector.h"
 #include "texcompress/atitc_split.h"
@@ -10,16 +9,16 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// Pixels and their regions.
+// Pixels and their regions.
 struct AtcGroup {
     I32 words[16];
     I32 regions[16];
 };
 
-/// Counts and colour sums of the four regions, two per vector: a sum is below 2^13.
+// Counts and colour sums of the four regions, two per vector: a sum is below 2^13.
 struct RegionSums {
-    I32 redBlue[4];     ///< red in the lower, blue in the upper half
-    I32 greenCount[4];  ///< green in the lower half, the count in the upper
+    I32 redBlue[4];     // red in the lower, blue in the upper half
+    I32 greenCount[4];  // green in the lower half, the count in the upper
 
     [[gnu::always_inline]] I32 Count(int region) const { return greenCount[region] >> 16; }
     [[gnu::always_inline]] I32 Sum(int region, int channel) const {
@@ -34,11 +33,11 @@ struct RegionSums {
     }
 };
 
-/// Decoded end colours: those of index 0, or 2 beside black, and of index 3.
+// Decoded end colours: those of index 0, or 2 beside black, and of index 3.
 struct AtcColors {
     I32 low[kChannels], high[kChannels];
-    I32 black;      ///< all ones where the palette starts with black
-    I32 misjudged;  ///< all ones where the legacy format's decoder takes the opposite from the colours
+    I32 black;      // all ones where the palette starts with black
+    I32 misjudged;  // all ones where the legacy format's decoder takes the opposite from the colours
 };
 
 inline RegionSums SumRegions(const AtcGroup& group) {
@@ -61,7 +60,7 @@ inline RegionSums SumRegions(const AtcGroup& group) {
     return sums;
 }
 
-/// Averages rounded down, 0 for an empty region; returns the largest.
+// Averages rounded down, 0 for an empty region; returns the largest.
 inline I32 AverageRegion(const RegionSums& sums, int region, I32 (&average)[kChannels]) {
     const F32 count = Max(ToFloat(sums.Count(region)), F32{} + 1.0f);
     I32 largest{};
@@ -84,7 +83,7 @@ inline SplitSums SumsOfLane(const RegionSums& sums, int lane) {
     return split;
 }
 
-/// Moves region 1 of one tile to region 2, which is empty.
+// Moves region 1 of one tile to region 2, which is empty.
 inline void MoveRegion(AtcGroup& group, RegionSums& sums, int lane) {
     for (I32& regions : group.regions) {
         regions[lane] = regions[lane] == 1 ? 2 : regions[lane];
@@ -95,7 +94,7 @@ inline void MoveRegion(AtcGroup& group, RegionSums& sums, int lane) {
     sums.greenCount[1][lane] = 0;
 }
 
-/// Where the palette that starts with black helps, replaces region 0's average by that of region 2.
+// Where the palette that starts with black helps, replaces region 0's average by that of region 2.
 inline I32 UseBlackWhereHelpful(AtcGroup& group, RegionSums& sums, const I32& candidates,
                                 I32 (&average)[kChannels]) {
     I32 black{};
@@ -115,8 +114,8 @@ inline I32 UseBlackWhereHelpful(AtcGroup& group, RegionSums& sums, const I32& ca
     return black;
 }
 
-/// The end colours of the groups' splits; where black helps and region 2 is empty, region 1 moves there.
-/// Tiles with all pixels in region 3 have no black to gain from.
+// The end colours of the groups' splits; where black helps and region 2 is empty, region 1 moves there.
+// Tiles with all pixels in region 3 have no black to gain from.
 template <uint32_t Format>
 inline AtcColors ChooseColors(AtcGroup& group, RegionSums& sums) {
     I32 low[kChannels];
@@ -144,5 +143,3 @@ inline AtcColors ChooseColors(AtcGroup& group, RegionSums& sums) {
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_ATITC_GROUP_VECTOR_H

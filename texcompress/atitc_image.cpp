@@ -14,7 +14,7 @@ namespace {
 constexpr uint32_t kHeaderBytes = sizeof(_ATITC_HEADER);
 static_assert(kHeaderBytes == 20);
 
-/// Words by which ATI_TC_EncodeImage moves its size pointer back.
+// Words by which ATI_TC_EncodeImage moves its size pointer back.
 constexpr int kSizeWordOffset = 20;
 
 // The fast encoder's limits: squared errors of blocks, the mean and the largest.
@@ -29,30 +29,30 @@ bool HasAlpha(uint32_t flags) {
     return (flags & TXC_FLAG_ALPHA) != 0;
 }
 
-/// Compressed size by the interface's signed 32-bit arithmetic: dimensions from 2^31 on are negative.
+// Compressed size by the interface's signed 32-bit arithmetic: dimensions from 2^31 on are negative.
 uint32_t CompressedBytes(uint32_t width, uint32_t height, size_t blockBytes) {
     const int32_t columns = static_cast<int32_t>(width + 3) / 4;
     const int32_t rows = static_cast<int32_t>(height + 3) / 4;
     return static_cast<uint32_t>(rows) * static_cast<uint32_t>(columns) * static_cast<uint32_t>(blockBytes);
 }
 
-/// A dimension as the encoders' loops see it: nothing to visit where it is negative.
+// A dimension as the encoders' loops see it: nothing to visit where it is negative.
 uint32_t VisitedExtent(uint32_t extent) {
     return static_cast<int32_t>(extent) < 0 ? 0 : extent;
 }
 
-/// The arguments that the two encoders share.
+// The arguments that the two encoders share.
 struct EncodeRequest {
     const void* src;
     uint32_t maskR, maskG, maskB, maskA;
     uint32_t width, height, pitch, flags, format;
-    void* header;  ///< of any alignment
+    void* header;  // of any alignment
     void* dst;
     uint32_t* dstSize;
 };
 
-/// Checks the request, writes the header and encodes the blocks. encodeColor(tiles, count, blocks,
-/// stride) encodes a run of colour blocks. A size query ends in TXC_OK, too.
+// Checks the request, writes the header and encodes the blocks. encodeColor(tiles, count, blocks,
+// stride) encodes a run of colour blocks. A size query ends in TXC_OK, too.
 template <typename EncodeColor>
 uint32_t Encode(const EncodeRequest& request, PixelFetch fetch, EncodeColor encodeColor) {
     constexpr uint32_t kExclusive = TXC_FLAG_RGB | TXC_FLAG_ALPHA;

@@ -7,7 +7,7 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// A candidate is kept only below this error, the square of 255 for each pixel.
+// A candidate is kept only below this error, the square of 255 for each pixel.
 constexpr uint32_t kErrorLimit = 16 * 255 * 255;
 
 struct Candidate {
@@ -56,7 +56,7 @@ Candidate SearchSplits(const RgbTile& pixels, uint32_t format) {
     return best;
 }
 
-/// The mask after CheckPixelRegionAssignment with the candidate's own palette; true if it is new.
+// The mask after CheckPixelRegionAssignment with the candidate's own palette; true if it is new.
 bool RefineMask(const RgbTile& pixels, const Candidate& candidate, uint32_t format, uint32_t& mask) {
     const BlockColors colors = CandidateColors(candidate, format);
     Palette palette;

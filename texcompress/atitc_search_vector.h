@@ -6,8 +6,7 @@
 // (sum of squared colours) + P.(nP - 2S): the first term, summed over the regions, is the same for all
 // splits of a tile. Region 0's colour depends on the lowest threshold alone and region 3's on the highest
 // alone; so all splits of one highest threshold are compared at once, one per lane.
-#ifndef ZORVAN_TEXCOMPRESS_ATITC_SEARCH_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_ATITC_SEARCH_VECTOR_H
+#pragma once
 
 #include "texcompress/atitc_sorted_tile_vector.h"
 #include "texcompress/atitc_split.h"
@@ -16,7 +15,7 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// The split at pixels l and h.
+// The split at pixels l and h.
 inline SplitSums SplitAt(const SortedTile& tile, int l, int h) {
     const int top = tile.begin[h];
     const int low = tile.end[l];
@@ -32,7 +31,7 @@ inline SplitSums SplitAt(const SortedTile& tile, int l, int h) {
     return split;
 }
 
-/// Errors, less the squares, of the splits of all lanes, from l on below h with the plain palette.
+// Errors, less the squares, of the splits of all lanes, from l on below h with the plain palette.
 [[gnu::always_inline]] inline F32 PlainErrors(const SortedTile& tile, int l, int h) {
     const int top = tile.begin[h];
     const auto topCount = static_cast<float>(top);
@@ -55,7 +54,7 @@ inline SplitSums SplitAt(const SortedTile& tile, int l, int h) {
     return errors;
 }
 
-/// The smallest error of each lane and the number of the split that has it.
+// The smallest error of each lane and the number of the split that has it.
 struct BestLanes {
     F32 errors;
     I32 splits;
@@ -67,12 +66,12 @@ struct BestLanes {
     }
 };
 
-/// Splits in the order of the search: h falls from 15 to 1, l rises from 0.
+// Splits in the order of the search: h falls from 15 to 1, l rises from 0.
 constexpr int SplitNumber(int l, int h) {
     return (15 - h) * 16 + l;
 }
 
-/// Replaces the errors of some of the splits from l on below h.
+// Replaces the errors of some of the splits from l on below h.
 template <uint32_t Format>
 [[gnu::noinline]] inline F32 ReplaceErrors(const SortedTile& tile, int l, int h, F32 errors,
                                            const I32& replaced) {
@@ -84,8 +83,8 @@ template <uint32_t Format>
     return errors;
 }
 
-/// Where the palette of splits from l on below h may begin with black: where that may help, and where the
-/// legacy format's decoder takes it so.
+// Where the palette of splits from l on below h may begin with black: where that may help, and where the
+// legacy format's decoder takes it so.
 template <uint32_t Format>
 [[gnu::always_inline]] inline I32 MayBeginWithBlack(const SortedTile& tile, int l, int h) {
     const I32 helpful = LoadVector<I32>(tile.nearBlack + l) & tile.bright[h];
@@ -95,7 +94,7 @@ template <uint32_t Format>
     return helpful | (LoadVector<I32>(tile.lowLuminance + l) > tile.highLuminance[h]);
 }
 
-/// The first of the splits with the smallest error among the lanes' best ones.
+// The first of the splits with the smallest error among the lanes' best ones.
 inline int FirstBest(const BestLanes& best, float& bestError) {
     int first = 0;
     for (int i = 1; i < kLanes; ++i) {
@@ -106,9 +105,9 @@ inline int FirstBest(const BestLanes& best, float& bestError) {
     return best.splits[first];
 }
 
-/// Number of the first split with the smallest error; bestError receives that, less the squares. A split
-/// at equal luminances l and h equals the one at the pixel below h's run, which comes earlier; where
-/// there is none, all pixels are in region 3.
+// Number of the first split with the smallest error; bestError receives that, less the squares. A split
+// at equal luminances l and h equals the one at the pixel below h's run, which comes earlier; where
+// there is none, all pixels are in region 3.
 template <uint32_t Format>
 inline int FindBestSplit(const SortedTile& tile, float& bestError) {
     constexpr float kNever = 16777216.0f;
@@ -132,8 +131,8 @@ inline int FindBestSplit(const SortedTile& tile, float& bestError) {
     return FirstBest(best, bestError);
 }
 
-/// Finds the best split of a tile and stores the pixels' regions; false where no split's error is below
-/// the limit of the plain search.
+// Finds the best split of a tile and stores the pixels' regions; false where no split's error is below
+// the limit of the plain search.
 template <uint32_t Format>
 inline bool SearchSplits(const Tile& pixels, Tile& regions) {
     constexpr float kErrorLimit = 16 * 255 * 255;
@@ -155,5 +154,3 @@ inline bool SearchSplits(const Tile& pixels, Tile& regions) {
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_ATITC_SEARCH_VECTOR_H

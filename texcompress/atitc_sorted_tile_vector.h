@@ -1,6 +1,5 @@
 // What the full ATC search on vectors needs of a tile. See vector_types.h for how it is compiled.
-#ifndef ZORVAN_TEXCOMPRESS_ATITC_SORTED_TILE_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_ATITC_SORTED_TILE_VECTOR_H
+#pragma once
 
 #include "texcompress/texcompress.h"
 #include "texcompress/tile_group_vector.h"
@@ -10,31 +9,31 @@ namespace {
 
 constexpr int kChannels = 3;
 
-/// What the search needs of a tile. Everything that is multiplied is held as float: whole numbers below
-/// 2^24 stay exact, and every processor multiplies floats fast. Arrays that lanes are loaded from have
-/// room behind their last use.
+// What the search needs of a tile. Everything that is multiplied is held as float: whole numbers below
+// 2^24 stay exact, and every processor multiplies floats fast. Arrays that lanes are loaded from have
+// room behind their last use.
 struct SortedTile {
-    alignas(32) int32_t pixelLuminance[16];      ///< in the tile's order
-    alignas(32) int32_t luminance[16];           ///< rising
-    alignas(32) int32_t prefix[kChannels][17];   ///< colour sums of the n darkest pixels
-    alignas(32) int32_t end[16];                 ///< pixels not brighter than pixel i
-    alignas(32) int32_t begin[16];               ///< pixels darker than pixel i
-    alignas(32) float endCount[16];              ///< end
-    alignas(32) float endSum[kChannels][16];     ///< prefix at end[i]
-    alignas(32) float middleCount[40];           ///< end[i / 2]
-    alignas(32) float middleSum[kChannels][40];  ///< prefix at end[i / 2]
-    alignas(32) int32_t low[kChannels][16];      ///< region 0's decoded colour up to pixel i
-    alignas(32) float lowError[16];              ///< region 0's share of the error
-    alignas(32) int32_t high[kChannels][16];     ///< region 3's decoded colour from pixel i
-    alignas(32) float highError[16];             ///< region 3's share of the error
-    alignas(32) int32_t nearBlack[16];           ///< all ones where region 0's average is near black
-    alignas(32) int32_t bright[16];              ///< all ones where region 3 is bright beside black
-    alignas(32) int32_t lowLuminance[16];        ///< the least one of region 0's code, of the legacy format
-    alignas(32) int32_t highLuminance[16];       ///< the greatest one of region 3's code, likewise
-    float squares;                               ///< sum of all squared colour values
+    alignas(32) int32_t pixelLuminance[16];      // in the tile's order
+    alignas(32) int32_t luminance[16];           // rising
+    alignas(32) int32_t prefix[kChannels][17];   // colour sums of the n darkest pixels
+    alignas(32) int32_t end[16];                 // pixels not brighter than pixel i
+    alignas(32) int32_t begin[16];               // pixels darker than pixel i
+    alignas(32) float endCount[16];              // end
+    alignas(32) float endSum[kChannels][16];     // prefix at end[i]
+    alignas(32) float middleCount[40];           // end[i / 2]
+    alignas(32) float middleSum[kChannels][40];  // prefix at end[i / 2]
+    alignas(32) int32_t low[kChannels][16];      // region 0's decoded colour up to pixel i
+    alignas(32) float lowError[16];              // region 0's share of the error
+    alignas(32) int32_t high[kChannels][16];     // region 3's decoded colour from pixel i
+    alignas(32) float highError[16];             // region 3's share of the error
+    alignas(32) int32_t nearBlack[16];           // all ones where region 0's average is near black
+    alignas(32) int32_t bright[16];              // all ones where region 3 is bright beside black
+    alignas(32) int32_t lowLuminance[16];        // the least one of region 0's code, of the legacy format
+    alignas(32) int32_t highLuminance[16];       // the greatest one of region 3's code, likewise
+    float squares;                               // sum of all squared colour values
 };
 
-/// The widened code of Bits bits that the encoder chooses for an average; see NearestCode.
+// The widened code of Bits bits that the encoder chooses for an average; see NearestCode.
 template <int Bits>
 [[gnu::always_inline]] inline I32 DecodedNearest(const I32& value) {
     constexpr int kLowest = 1 << (8 - Bits);
@@ -47,7 +46,7 @@ template <int Bits>
     return code << (8 - Bits) | code >> (2 * Bits - 8);
 }
 
-/// Sorts by luminance, pixels of one luminance by their place.
+// Sorts by luminance, pixels of one luminance by their place.
 inline void SortByLuminance(const Tile& pixels, SortedTile& tile) {
     alignas(32) int32_t keys32[16];
     F32 squares{};
@@ -124,7 +123,7 @@ constexpr int kBrightChannel = 143;    // the smallest largest channel of a brig
 static_assert(100 * kNearBlackChannel / 255 < 15 && 100 * (kNearBlackChannel + 1) / 255 >= 15);
 static_assert(100 * kBrightChannel / 255 >= 56 && 100 * (kBrightChannel - 1) / 255 < 56);
 
-/// Bits of green in the colour of the darkest region.
+// Bits of green in the colour of the darkest region.
 template <uint32_t Format>
 constexpr int kLowGreenBits = Format == TXC_FORMAT_ATC ? 5 : 6;
 
@@ -179,5 +178,3 @@ inline void QuantizeEnds(SortedTile& tile) {
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_ATITC_SORTED_TILE_VECTOR_H

@@ -21,7 +21,7 @@ Regions RegionsOf(const SplitSums& split) {
     return regions;
 }
 
-/// A region's squared error with one colour for all of its pixels, less the sum of their squares.
+// A region's squared error with one colour for all of its pixels, less the sum of their squares.
 int32_t RegionError(const Rgb& color, int32_t count, const int32_t* sums) {
     const auto error = [count](int32_t value, int32_t sum) { return value * (count * value - 2 * sum); };
     return error(color.r, sums[0]) + error(color.g, sums[1]) + error(color.b, sums[2]);

@@ -1,7 +1,6 @@
 // The functions that encode and decode rows of blocks, gathered in one table so that a set for other
 // instructions can stand beside the plain one. Every set gives the same bytes.
-#ifndef ZORVAN_TEXCOMPRESS_BLOCK_KERNELS_H
-#define ZORVAN_TEXCOMPRESS_BLOCK_KERNELS_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -13,17 +12,17 @@ namespace zorvan::texcompress {
 class SourcePixels;
 struct PixelTarget;
 
-/// Fills count tiles side by side from a source's pixels from (x, y) on; x and y lie inside it.
+// Fills count tiles side by side from a source's pixels from (x, y) on; x and y lie inside it.
 using GatherKernel = void (*)(const SourcePixels& source, uint32_t x, uint32_t y, size_t count, Tile* tiles);
-/// Writes count tiles side by side to a target's pixels from (x, y) on.
+// Writes count tiles side by side to a target's pixels from (x, y) on.
 using ScatterKernel = void (*)(const Tile* tiles, size_t count, const PixelTarget& target, uint32_t x,
                                uint32_t y);
-/// Encodes count tiles into blocks that lie stride bytes apart.
+// Encodes count tiles into blocks that lie stride bytes apart.
 using EncodeKernel = void (*)(const Tile* tiles, size_t count, uint8_t* blocks, size_t stride);
-/// As EncodeKernel; errors receives each block's CalcBlockMSE.
+// As EncodeKernel; errors receives each block's CalcBlockMSE.
 using MeasuringEncodeKernel = void (*)(const Tile* tiles, size_t count, uint8_t* blocks, size_t stride,
                                        uint32_t* errors);
-/// Decodes count blocks that lie stride bytes apart.
+// Decodes count blocks that lie stride bytes apart.
 using DecodeKernel = void (*)(const uint8_t* blocks, size_t count, size_t stride, Tile* tiles);
 
 struct BlockKernels {
@@ -45,33 +44,31 @@ struct BlockKernels {
     DecodeKernel decodeAti2n;
 
     // The tiles' alphas. Decoders add them to the colours' tiles.
-    EncodeKernel encodeAlphaExplicit8;  ///< 8-bit alphas
-    EncodeKernel encodeAlphaExplicit4;  ///< alphas that have 4 bits already
+    EncodeKernel encodeAlphaExplicit8;  // 8-bit alphas
+    EncodeKernel encodeAlphaExplicit4;  // alphas that have 4 bits already
     EncodeKernel encodeAlphaInterpolated;
     DecodeKernel decodeAlphaExplicit;
     DecodeKernel decodeAlphaInterpolated;
 };
 
-/// The plain set, the reference for all others.
+// The plain set, the reference for all others.
 extern const BlockKernels kScalarKernels;
 
-/// A set with the name that ZORVAN_KERNELS chooses it by.
+// A set with the name that ZORVAN_KERNELS chooses it by.
 struct KernelSet {
     const char* name;
     const BlockKernels* kernels;
 };
 
-/// Number of sets that this processor can run.
+// Number of sets that this processor can run.
 size_t KernelSetCount();
-/// One of them, in rising order of speed. The first is the plain set.
+// One of them, in rising order of speed. The first is the plain set.
 const KernelSet& KernelSetAt(size_t index);
 
-/// The set that the image drivers use; see SelectedInstructionSet.
+// The set that the image drivers use; see SelectedInstructionSet.
 const BlockKernels& SelectBlockKernels();
 
-/// Makes the image drivers use a set, for comparisons.
+// Makes the image drivers use a set, for comparisons.
 void UseBlockKernels(const BlockKernels& kernels);
 
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_BLOCK_KERNELS_H

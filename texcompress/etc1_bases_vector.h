@@ -1,7 +1,6 @@
 // What ETC1 base colours tell of the halves' errors before any table is tried, one tile per lane. See
 // vector_types.h for how it is compiled.
-#ifndef ZORVAN_TEXCOMPRESS_ETC1_BASES_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_ETC1_BASES_VECTOR_H
+#pragma once
 
 #include <cstddef>
 
@@ -11,31 +10,31 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// Modifiers of each table, by column.
+// Modifiers of each table, by column.
 constexpr int32_t kEtc1Columns[4][8] = {{-8, -17, -29, -42, -60, -80, -106, -183},
                                         {-2, -5, -9, -13, -18, -24, -33, -47},
                                         {2, 5, 9, 13, 18, 24, 33, 47},
                                         {8, 17, 29, 42, 60, 80, 106, 183}};
 
-/// Vectors that the errors of eight tables fill.
+// Vectors that the errors of eight tables fill.
 constexpr int kEtc1Groups = 8 / kLanes;
 
-/// One half's base colour.
+// One half's base colour.
 struct Etc1Base {
     int32_t values[3];
-    int32_t weighted;             ///< weighted sum of the channels
-    int32_t constant;             ///< error without a modifier, less the weighted squares of the pixels
-    int32_t room;                 ///< the largest modifier that no channel leaves 0..255 with
-    int32_t bounds[kEtc1Groups];  ///< no table of the group that leaves the range has a smaller error
+    int32_t weighted;             // weighted sum of the channels
+    int32_t constant;             // error without a modifier, less the weighted squares of the pixels
+    int32_t room;                 // the largest modifier that no channel leaves 0..255 with
+    int32_t bounds[kEtc1Groups];  // no table of the group that leaves the range has a smaller error
 
-    /// As a pixel of a tile.
+    // As a pixel of a tile.
     int32_t Color() const { return values[0] | values[1] << 8 | values[2] << 16; }
     bool HasValuesOf(const Etc1Base& other) const {
         return values[0] == other.values[0] && values[1] == other.values[1] && values[2] == other.values[2];
     }
 };
 
-/// The base colours of a group's halves; see Etc1Base.
+// The base colours of a group's halves; see Etc1Base.
 struct Etc1BaseTerms {
     alignas(32) int32_t weighted[4][kLanes];
     alignas(32) int32_t constant[4][kLanes];
@@ -43,10 +42,10 @@ struct Etc1BaseTerms {
     alignas(32) int32_t bounds[4][kEtc1Groups][kLanes];
 };
 
-/// The least that a modifier in one direction, small or larger, adds to eight pixels' errors. With b a
-/// channel of the base colour, the modifier m moves it by x = min(m, headroom) to where it clamps; that adds
-/// w x (x - 2 d) for a pixel d away. This falls up to x = d and rises from there; d is at most the headroom.
-/// The sums are rounded, by less than what is taken off.
+// The least that a modifier in one direction, small or larger, adds to eight pixels' errors. With b a
+// channel of the base colour, the modifier m moves it by x = min(m, headroom) to where it clamps; that adds
+// w x (x - 2 d) for a pixel d away. This falls up to x = d and rises from there; d is at most the headroom.
+// The sums are rounded, by less than what is taken off.
 [[gnu::always_inline]] inline I32 LeastGrowth(const F32& small, const F32 (&headroom)[3],
                                               const F32 (&farthest)[3]) {
     F32 sum{};
@@ -116,5 +115,3 @@ inline Etc1Base BaseOfLane(const Etc1Bases& bases, const Etc1BaseTerms& terms, i
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_ETC1_BASES_VECTOR_H

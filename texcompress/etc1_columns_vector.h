@@ -1,7 +1,6 @@
 // The pixels' columns of ETC1 candidates on vectors, one pixel per lane. See vector_types.h for how it is
 // compiled.
-#ifndef ZORVAN_TEXCOMPRESS_ETC1_COLUMNS_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_ETC1_COLUMNS_VECTOR_H
+#pragma once
 
 #include "texcompress/etc1_half_vector.h"
 #include "texcompress/vector_types.h"
@@ -9,41 +8,41 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// One candidate block: its colour bits, without tables, and its halves.
+// One candidate block: its colour bits, without tables, and its halves.
 struct Etc1Candidate {
     uint32_t bits;
     Etc1Half halves[2];
     bool flipped;
 
     int32_t Error() const { return halves[0].error + halves[1].error; }
-    /// Whether the halves' palettes are the same.
+    // Whether the halves' palettes are the same.
     bool HasOnePalette() const { return halves[0].HasPaletteOf(halves[1]); }
     uint32_t FirstWord() const { return bits | halves[0].table << 5 | halves[1].table << 2; }
 };
 
-/// Bits of the pixels in either half of the second word.
+// Bits of the pixels in either half of the second word.
 constexpr int32_t kEtc1IndexBits[16] = {1 << 0, 1 << 4, 1 << 8,  1 << 12, 1 << 1, 1 << 5, 1 << 9,  1 << 13,
                                         1 << 2, 1 << 6, 1 << 10, 1 << 14, 1 << 3, 1 << 7, 1 << 11, 1 << 15};
 constexpr int32_t kEtc1Right[16] = {0, 0, -1, -1, 0, 0, -1, -1, 0, 0, -1, -1, 0, 0, -1, -1};
 constexpr int32_t kEtc1Bottom[16] = {0, 0, 0, 0, 0, 0, 0, 0, -1, -1, -1, -1, -1, -1, -1, -1};
 
-/// The values of either half for pixels whose lanes of `second` are all ones in the second half.
+// The values of either half for pixels whose lanes of `second` are all ones in the second half.
 [[gnu::always_inline]] inline I32 ChooseHalf(const I32& second, int32_t of0, int32_t of1) {
     return Select(second, I32{} + of1, I32{} + of0);
 }
 
-/// Where pixels k, k + 1, ... are in a candidate's second half.
+// Where pixels k, k + 1, ... are in a candidate's second half.
 [[gnu::always_inline]] inline I32 SecondHalf(const Etc1Candidate& candidate, int k) {
     return LoadVector<I32>((candidate.flipped ? kEtc1Bottom : kEtc1Right) + k);
 }
 
-/// The columns of a candidate's pixels.
+// The columns of a candidate's pixels.
 struct Etc1Columns {
-    uint32_t word2;  ///< the index word
-    bool tied;       ///< whether for some pixel another column is as good, but not in each channel
+    uint32_t word2;  // the index word
+    bool tied;       // whether for some pixel another column is as good, but not in each channel
 };
 
-/// The errors of a candidate's pixels as the plain encoder computes and sums them.
+// The errors of a candidate's pixels as the plain encoder computes and sums them.
 struct Etc1PixelErrors {
     alignas(32) double values[16];
 
@@ -94,7 +93,7 @@ struct Etc1PixelErrors {
     return errors;
 }
 
-/// The best column of some pixels, one per lane.
+// The best column of some pixels, one per lane.
 struct BestColumns {
     I32 errors, squares[3], columns, tied;
 
@@ -112,7 +111,7 @@ struct BestColumns {
     }
 };
 
-/// The columns by D, see etc1_half_vector.h, for candidates whose tables do not leave the range.
+// The columns by D, see etc1_half_vector.h, for candidates whose tables do not leave the range.
 inline Etc1Columns ColumnsByDistances(const Etc1Pixels& pixels, const Etc1Candidate& candidate) {
     const Etc1Half& half0 = candidate.halves[0];
     const Etc1Half& half1 = candidate.halves[1];
@@ -134,7 +133,7 @@ inline Etc1Columns ColumnsByDistances(const Etc1Pixels& pixels, const Etc1Candid
     return {JoinLanes(bits), AnyLane(tied)};
 }
 
-/// Best columns of kLanes pixels from pixel k on.
+// Best columns of kLanes pixels from pixel k on.
 inline BestColumns FindColumns(const Etc1Pixels& pixels, const Etc1Candidate& candidate, int k) {
     const I32 second = SecondHalf(candidate, k);
     const Etc1Half& half0 = candidate.halves[0];
@@ -180,5 +179,3 @@ inline Etc1Columns AssignColumns(const Etc1Pixels& pixels, const Etc1Candidate& 
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_ETC1_COLUMNS_VECTOR_H

@@ -7,7 +7,7 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// The two base colours' values of the channel whose eight bits begin at shift.
+// The two base colours' values of the channel whose eight bits begin at shift.
 struct ChannelPair {
     uint8_t first, second;
 };

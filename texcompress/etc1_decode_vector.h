@@ -1,6 +1,5 @@
 // ETC1 decoding on vectors, pixels in 16-bit lanes. See vector_types.h for how it is compiled.
-#ifndef ZORVAN_TEXCOMPRESS_ETC1_DECODE_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_ETC1_DECODE_VECTOR_H
+#pragma once
 
 #include <cstddef>
 
@@ -10,17 +9,17 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// Small and large modifier of each table; the others are their negatives.
+// Small and large modifier of each table; the others are their negatives.
 constexpr int16_t kEtc1Modifiers[8][2] = {{2, 8},   {5, 17},  {9, 29},   {13, 42},
                                           {18, 60}, {24, 80}, {33, 106}, {47, 183}};
 
-/// Two halves' values of one channel.
+// Two halves' values of one channel.
 struct Etc1Pair {
     uint8_t values[2];
 };
 
-/// The base values in the eight bits of the first word that begin at shift. A differential second value
-/// outside of 0..31 wraps.
+// The base values in the eight bits of the first word that begin at shift. A differential second value
+// outside of 0..31 wraps.
 [[gnu::always_inline]] inline Etc1Pair Etc1BaseValues(uint32_t word1, int shift) {
     const int bits = static_cast<int>(word1 >> shift & 255);
     if ((word1 & 2) == 0) {
@@ -31,10 +30,10 @@ struct Etc1Pair {
     return {{static_cast<uint8_t>(first << 3 | first >> 2), static_cast<uint8_t>(second << 3 | second >> 2)}};
 }
 
-/// What depends on a pixel's place alone. Lane k belongs to pixel k, counted from 0 or 8.
+// What depends on a pixel's place alone. Lane k belongs to pixel k, counted from 0 or 8.
 struct Etc1Places {
-    I16 bits;           ///< its bit in either half of the second word
-    I16 right, bottom;  ///< all ones in the second half, unflipped and flipped
+    I16 bits;           // its bit in either half of the second word
+    I16 right, bottom;  // all ones in the second half, unflipped and flipped
 };
 
 inline Etc1Places Etc1PlacesFrom(int first) {
@@ -87,5 +86,3 @@ inline void DecodeEtc1OnVectors(const uint8_t* blocks, size_t count, size_t stri
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_ETC1_DECODE_VECTOR_H

@@ -16,7 +16,7 @@ double PerceptualError(const Rgb& a, const Rgb& b) {
     return wR2 * (dr * dr) + wG2 * (dg * dg) + wB2 * (db * db);
 }
 
-/// How one half is coded: the modifier table and the bits of its pixels' index values.
+// How one half is coded: the modifier table and the bits of its pixels' index values.
 struct HalfCode {
     uint32_t table = 0;
     uint32_t indicesMSB = 0;
@@ -73,7 +73,7 @@ double TryAllTables(const Rgb* half, int width, const Rgb& base, uint32_t& bestT
     return best.error;
 }
 
-/// One way to quantize base colours, for both code sizes.
+// One way to quantize base colours, for both code sizes.
 struct BaseQuantizer {
     BaseColor (*toFiveBits)(const AverageColor& average);
     BaseColor (*toFourBits)(const AverageColor& average);
@@ -82,7 +82,7 @@ struct BaseQuantizer {
 constexpr BaseQuantizer kAverage{Quantize555Nearest, Quantize444Nearest};
 constexpr BaseQuantizer kCombined{quantize555ColorCombinedPerceptual, quantize444ColorCombinedPerceptual};
 
-/// The two base colours of a block with their bits of the first word, the diff bit among them.
+// The two base colours of a block with their bits of the first word, the diff bit among them.
 struct BaseColors {
     Rgb first, second;
     uint32_t bits;
@@ -123,7 +123,7 @@ struct BlockCode {
     double error;
 };
 
-/// Joins the halves' codes; the second half's index bits lie shift above the first's.
+// Joins the halves' codes; the second half's index bits lie shift above the first's.
 BlockCode AssembleBlock(uint32_t colorBits, const HalfCode& first, const HalfCode& second, int shift) {
     const uint32_t msb = first.indicesMSB | second.indicesMSB << shift;
     const uint32_t lsb = first.indicesLSB | second.indicesLSB << shift;

@@ -1,6 +1,5 @@
 // ETC1 encoding on vectors. See vector_types.h for how it is compiled.
-#ifndef ZORVAN_TEXCOMPRESS_ETC1_ENCODE_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_ETC1_ENCODE_VECTOR_H
+#pragma once
 
 #include <cstddef>
 
@@ -12,7 +11,7 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// The base colours of a group of tiles by one way to choose them.
+// The base colours of a group of tiles by one way to choose them.
 struct Etc1GroupBases {
     Etc1Bases bases;
     Etc1BaseTerms terms;
@@ -24,7 +23,7 @@ struct Etc1GroupBases {
     }
 };
 
-/// The base colours of one of the tiles.
+// The base colours of one of the tiles.
 struct Etc1TileBases {
     Etc1Base halves[4];
     uint32_t bits[2];
@@ -36,7 +35,7 @@ struct Etc1TileBases {
           bits{group.bases.bits[0][lane], group.bases.bits[1][lane]} {}
 };
 
-/// Halves that have the same base colour in another candidate are not searched again.
+// Halves that have the same base colour in another candidate are not searched again.
 inline Etc1Candidate CodeOrientation(const Etc1Pixels& pixels, const Etc1TileBases& bases, bool flipped,
                                      const Etc1Candidate* other) {
     Etc1Candidate candidate;
@@ -51,12 +50,12 @@ inline Etc1Candidate CodeOrientation(const Etc1Pixels& pixels, const Etc1TileBas
     return candidate;
 }
 
-/// The better of two orientations, and its columns once they are known.
+// The better of two orientations, and its columns once they are known.
 struct Etc1Choice {
     const Etc1Candidate* candidate;
     Etc1Columns columns;
     bool hasColumns;
-    bool undecided;  ///< only the plain encoder can tell
+    bool undecided;  // only the plain encoder can tell
 
     void NeedColumns(const Etc1Pixels& pixels) {
         if (!hasColumns) {
@@ -70,7 +69,7 @@ struct Etc1Choice {
     }
 };
 
-/// The flipped candidate only where it is strictly better.
+// The flipped candidate only where it is strictly better.
 inline void ChooseOrientation(const Etc1Pixels& pixels, const Etc1Candidate& unflipped,
                               const Etc1Candidate& flipped, Etc1Choice& choice) {
     choice.hasColumns = false;
@@ -96,7 +95,7 @@ inline void ChooseOrientation(const Etc1Pixels& pixels, const Etc1Candidate& unf
     choice.undecided = ofUnflipped.tied || ofFlipped.tied;
 }
 
-/// Both orientations with one way to choose base colours. Searches of `other` are used again.
+// Both orientations with one way to choose base colours. Searches of `other` are used again.
 struct Etc1Orientations {
     Etc1Candidate unflipped, flipped;
 
@@ -112,7 +111,7 @@ struct Etc1Orientations {
     }
 };
 
-/// Whether the combined choice is strictly better.
+// Whether the combined choice is strictly better.
 inline bool IsCombinedBetter(const Etc1Pixels& pixels, Etc1Choice& average, Etc1Choice& combined) {
     const int32_t gain = average.candidate->Error() - combined.candidate->Error();
     if (gain != 0 || combined.candidate->FirstWord() == average.candidate->FirstWord()) {
@@ -123,7 +122,7 @@ inline bool IsCombinedBetter(const Etc1Pixels& pixels, Etc1Choice& average, Etc1
     return combined.TileError(pixels) < average.TileError(pixels);
 }
 
-/// Encodes one tile, whose base colours stand in a lane; false where only the plain encoder can decide.
+// Encodes one tile, whose base colours stand in a lane; false where only the plain encoder can decide.
 inline bool EncodeEtc1Tile(const Tile& tile, const Etc1HalfColors& colors, const Etc1GroupBases& averageGroup,
                            const Etc1GroupBases& combinedGroup, size_t lane, uint8_t* block) {
     const Etc1Pixels pixels = PixelsOf(tile, colors, lane);
@@ -167,5 +166,3 @@ inline void EncodeEtc1OnVectors(const Tile* tiles, size_t count, uint8_t* blocks
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_ETC1_ENCODE_VECTOR_H

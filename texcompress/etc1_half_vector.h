@@ -9,8 +9,7 @@
 // sum of its channels less that of the base colour: D alone decides. The small modifiers s are best up to
 // |D| = 500 (s + l), the large ones l beyond. Tables that do leave the range take the long way, unless a
 // quick bound or a closer one tells that they are worse.
-#ifndef ZORVAN_TEXCOMPRESS_ETC1_HALF_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_ETC1_HALF_VECTOR_H
+#pragma once
 
 #include "texcompress/etc1_bases_vector.h"
 #include "texcompress/etc1_encode.h"
@@ -20,28 +19,28 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// The pixels of the left, right, top and bottom half, in the order in which errors are summed.
+// The pixels of the left, right, top and bottom half, in the order in which errors are summed.
 constexpr uint8_t kEtc1Halves[4][8] = {{0, 1, 4, 5, 8, 9, 12, 13},
                                        {2, 3, 6, 7, 10, 11, 14, 15},
                                        {0, 1, 2, 3, 4, 5, 6, 7},
                                        {8, 9, 10, 11, 12, 13, 14, 15}};
 
-/// |D| up to which small modifiers are no worse than large ones, by table.
+// |D| up to which small modifiers are no worse than large ones, by table.
 constexpr int32_t kEtc1Thresholds[8] = {5000, 11000, 19000, 27500, 39000, 52000, 69500, 115000};
 
-/// What the small modifiers add to eight pixels' errors where D is 0: 8000 of their squares.
+// What the small modifiers add to eight pixels' errors where D is 0: 8000 of their squares.
 constexpr int32_t kEtc1SmallSquares[8] = {32000,   200000,  648000,  1352000,
                                           2592000, 4608000, 8712000, 17672000};
 
-/// A tile as whole numbers.
+// A tile as whole numbers.
 struct Etc1Pixels {
-    alignas(32) int32_t channels[3][16];  ///< as ByteFactors
-    alignas(32) int32_t sums[16];         ///< weighted sums of the channels
-    alignas(32) int32_t halfSums[4][8];   ///< the same of each half's pixels
+    alignas(32) int32_t channels[3][16];  // as ByteFactors
+    alignas(32) int32_t sums[16];         // weighted sums of the channels
+    alignas(32) int32_t halfSums[4][8];   // the same of each half's pixels
     const Tile* tile;
-    const Etc1HalfColors* group;  ///< the colours of the tile's group, the tile's in one lane
+    const Etc1HalfColors* group;  // the colours of the tile's group, the tile's in one lane
     size_t lane;
-    bool flat;  ///< all pixels are equal
+    bool flat;  // all pixels are equal
 };
 
 inline Etc1Pixels PixelsOf(const Tile& tile, const Etc1HalfColors& group, size_t lane) {
@@ -73,20 +72,20 @@ inline Etc1Pixels PixelsOf(const Tile& tile, const Etc1HalfColors& group, size_t
     return pixels;
 }
 
-/// One half with a base colour and the best table.
+// One half with a base colour and the best table.
 struct Etc1Half {
     const Etc1Base* base;
-    int32_t error;  ///< a thousand times the error, less the weighted squares of the pixels
+    int32_t error;  // a thousand times the error, less the weighted squares of the pixels
     uint32_t table;
 
-    /// Whether some channel with some modifier leaves 0..255.
+    // Whether some channel with some modifier leaves 0..255.
     bool Clamps() const { return kEtc1Columns[3][table] > base->room; }
     bool HasPaletteOf(const Etc1Half& other) const {
         return table == other.table && base->HasValuesOf(*other.base);
     }
 };
 
-/// The distance from the colours of one column, less the square of the pixel: a plane.
+// The distance from the colours of one column, less the square of the pixel: a plane.
 struct ColumnPlane {
     I32 offset, slopes[3];
 
@@ -105,7 +104,7 @@ struct ColumnPlane {
     }
 };
 
-/// Errors of a half with the tables of one vector.
+// Errors of a half with the tables of one vector.
 [[gnu::noinline]] inline I32 EvaluateTables(const Etc1Pixels& pixels, int half, const int32_t (&base)[3],
                                             int table) {
     const ColumnPlane columns[4] = {
@@ -119,7 +118,7 @@ struct ColumnPlane {
     return sum;
 }
 
-/// Errors of a half with each table, some in each lane.
+// Errors of a half with each table, some in each lane.
 struct Etc1Errors {
     I32 groups[kEtc1Groups];
 
@@ -131,7 +130,7 @@ struct Etc1Errors {
         }
         return least;
     }
-    /// The tables with an error, a bit each.
+    // The tables with an error, a bit each.
     [[gnu::always_inline]] uint32_t TablesWith(int32_t error) const {
         I32 bits{};
         for (int group = 0; group < kEtc1Groups; ++group) {
@@ -141,8 +140,8 @@ struct Etc1Errors {
     }
 };
 
-/// Errors as they would be if nothing clamped. Clamping moves colours towards the pixels, so that the errors
-/// of tables that do clamp are no larger than these.
+// Errors as they would be if nothing clamped. Clamping moves colours towards the pixels, so that the errors
+// of tables that do clamp are no larger than these.
 [[gnu::always_inline]] inline Etc1Errors EvaluateByDistances(const Etc1Pixels& pixels, int half,
                                                              const Etc1Base& base) {
     alignas(32) int32_t distances[8];
@@ -170,9 +169,9 @@ struct Etc1Errors {
     return errors;
 }
 
-/// The most that clamping takes off the error of a pixel with each modifier. In a channel with some headroom,
-/// clamping shortens the modifier m by e = m - headroom, which takes w e (2 m - e - 2 d) off for a pixel d
-/// away in its direction.
+// The most that clamping takes off the error of a pixel with each modifier. In a channel with some headroom,
+// clamping shortens the modifier m by e = m - headroom, which takes w e (2 m - e - 2 d) off for a pixel d
+// away in its direction.
 inline F32 GreatestGain(const Etc1Pixels& pixels, int half, const Etc1Base& base, const F32& modifiers) {
     F32 above{};
     F32 below{};
@@ -189,7 +188,7 @@ inline F32 GreatestGain(const Etc1Pixels& pixels, int half, const Etc1Base& base
     return Max(above, below);
 }
 
-/// Whether one of a vector's tables that clamp may have no larger error than `best`.
+// Whether one of a vector's tables that clamp may have no larger error than `best`.
 [[gnu::noinline]] inline bool MayBeBetter(const Etc1Pixels& pixels, int half, const Etc1Base& base, int table,
                                           int32_t best) {
     constexpr float kRounding = 4096.0f;  // more than all roundings of sums below 2^32
@@ -207,7 +206,7 @@ inline F32 GreatestGain(const Etc1Pixels& pixels, int half, const Etc1Base& base
     return AnyLane((larges > base.room) & I32(sum <= static_cast<float>(best) + kRounding));
 }
 
-/// The first of some equally good tables, a bit each in `tied`, by the doubles of the plain encoder.
+// The first of some equally good tables, a bit each in `tied`, by the doubles of the plain encoder.
 [[gnu::noinline]] inline uint32_t BreakTie(const Etc1Pixels& pixels, int half, const int32_t (&base)[3],
                                            uint32_t tied) {
     const Rgb plainBase{static_cast<uint8_t>(base[0]), static_cast<uint8_t>(base[1]),
@@ -224,7 +223,7 @@ inline F32 GreatestGain(const Etc1Pixels& pixels, int half, const Etc1Base& base
     return bestTable;
 }
 
-/// The best table for a base colour, the first of equally good ones.
+// The best table for a base colour, the first of equally good ones.
 inline Etc1Half CodeHalf(const Etc1Pixels& pixels, int half, const Etc1Base& base) {
     // Were the best of these errors of a table that clamps, its bounds would be no larger.
     Etc1Errors errors = EvaluateByDistances(pixels, half, base);
@@ -245,5 +244,3 @@ inline Etc1Half CodeHalf(const Etc1Pixels& pixels, int half, const Etc1Base& bas
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_ETC1_HALF_VECTOR_H

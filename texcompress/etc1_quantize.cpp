@@ -31,7 +31,7 @@ constexpr int Expand4(int code) {
     return code << 4 | code;
 }
 
-/// One code size: its largest code, the distance of codes in 8 bits, and the expansion to 8 bits.
+// One code size: its largest code, the distance of codes in 8 bits, and the expansion to 8 bits.
 struct CodeSize {
     int largest;
     float distance;

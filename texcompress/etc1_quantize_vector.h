@@ -1,7 +1,6 @@
 // Base colours of ETC1 blocks on vectors, one tile per lane, with the operations of etc1_quantize.cpp in
 // their order. See vector_types.h for how it is compiled.
-#ifndef ZORVAN_TEXCOMPRESS_ETC1_QUANTIZE_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_ETC1_QUANTIZE_VECTOR_H
+#pragma once
 
 #include "texcompress/tile_group_vector.h"
 #include "texcompress/vector_types.h"
@@ -11,22 +10,22 @@ namespace {
 
 constexpr int32_t kEtc1Weights[3] = {299, 587, 114};
 
-/// What base colours depend on: average, lowest and highest red, green and blue of the left, right, top and
-/// bottom halves.
+// What base colours depend on: average, lowest and highest red, green and blue of the left, right, top and
+// bottom halves.
 struct Etc1HalfColors {
     F32 averages[4][3];
     I32 lowest[4][3], highest[4][3];
 };
 
-/// Base colours of the halves, in the same order, and the bits of the first word for either orientation,
-/// without tables.
+// Base colours of the halves, in the same order, and the bits of the first word for either orientation,
+// without tables.
 struct Etc1Bases {
     alignas(32) int32_t values[4][3][kLanes];
     alignas(32) uint32_t bits[2][kLanes];
 };
 
-/// One code size. An expanded code is the code times the expansion, rounded down: 8 code + code / 4 for
-/// five bits, 17 code for four.
+// One code size. An expanded code is the code times the expansion, rounded down: 8 code + code / 4 for
+// five bits, 17 code for four.
 struct Etc1CodeSize {
     float largest, distance, expansion;
 
@@ -36,7 +35,7 @@ struct Etc1CodeSize {
 constexpr Etc1CodeSize kEtc1FiveBits{31.0f, 8.225806f, 8.25f};
 constexpr Etc1CodeSize kEtc1FourBits{15.0f, 17.0f, 17.0f};
 
-/// Red and blue share a word, 16 bits each.
+// Red and blue share a word, 16 bits each.
 inline Etc1HalfColors MeasureHalves(const I32 (&words)[16]) {
     I32 sums[4][2] = {};
     I16 lowest[4][2];
@@ -68,7 +67,7 @@ inline Etc1HalfColors MeasureHalves(const I32 (&words)[16]) {
     return colors;
 }
 
-/// The nearest codes; see Quantize555Nearest and Quantize444Nearest.
+// The nearest codes; see Quantize555Nearest and Quantize444Nearest.
 struct NearestCodes {
     [[gnu::always_inline]] static void Quantize(const F32 (&average)[3], const Etc1CodeSize& size,
                                                 I32 (&codes)[3]) {
@@ -78,7 +77,7 @@ struct NearestCodes {
     }
 };
 
-/// The codes whose errors differ least; see quantize555ColorCombinedPerceptual and the form for 4 bits.
+// The codes whose errors differ least; see quantize555ColorCombinedPerceptual and the form for 4 bits.
 struct CombinedCodes {
     static void Quantize(const F32 (&average)[3], const Etc1CodeSize& size, I32 (&codes)[3]) {
         // Which channels (red 1, green 2, blue 4) take the higher code, in the order of the candidates.
@@ -112,7 +111,7 @@ struct CombinedCodes {
     }
 };
 
-/// Base colours and bits of one orientation, in differential mode where the codes allow it.
+// Base colours and bits of one orientation, in differential mode where the codes allow it.
 template <typename Codes>
 inline void ChooseBases(const Etc1HalfColors& colors, int orientation, Etc1Bases& bases) {
     const F32(&first)[3] = colors.averages[2 * orientation];
@@ -151,5 +150,3 @@ template <typename Codes>
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_ETC1_QUANTIZE_VECTOR_H

@@ -1,6 +1,5 @@
 // The loops over an image's blocks, in raster order and in batches of tiles on the stack.
-#ifndef ZORVAN_TEXCOMPRESS_IMAGE_DRIVERS_H
-#define ZORVAN_TEXCOMPRESS_IMAGE_DRIVERS_H
+#pragma once
 
 #include <algorithm>
 #include <array>
@@ -14,11 +13,11 @@
 
 namespace zorvan::texcompress {
 
-/// Tiles that are handed to a kernel at once, at most.
+// Tiles that are handed to a kernel at once, at most.
 inline constexpr size_t kBatchTiles = 16;
 
-/// Calls visit(column, row, count) for runs of up to kBatchTiles blocks that cover width x height
-/// pixels, in raster order; column and row are those of the first block, in blocks.
+// Calls visit(column, row, count) for runs of up to kBatchTiles blocks that cover width x height
+// pixels, in raster order; column and row are those of the first block, in blocks.
 template <typename Visit>
 void ForEachBatch(uint32_t width, uint32_t height, Visit visit) {
     const uint32_t columns = width / kTileSize + (width % kTileSize != 0);
@@ -33,8 +32,8 @@ void ForEachBatch(uint32_t width, uint32_t height, Visit visit) {
     }
 }
 
-/// Gathers an image's tiles and calls encode(tiles, count, blocks) for each run of them. blocks
-/// receives blockBytes bytes per block.
+// Gathers an image's tiles and calls encode(tiles, count, blocks) for each run of them. blocks
+// receives blockBytes bytes per block.
 template <typename Encode>
 void EncodeTiles(GatherKernel gather, const SourcePixels& source, size_t blockBytes, void* blocks,
                  Encode encode) {
@@ -47,7 +46,7 @@ void EncodeTiles(GatherKernel gather, const SourcePixels& source, size_t blockBy
     });
 }
 
-/// Calls decode(blocks, count, tiles) for each run of blocks and writes the tiles to the target.
+// Calls decode(blocks, count, tiles) for each run of blocks and writes the tiles to the target.
 template <typename Decode>
 void DecodeTiles(ScatterKernel scatter, const uint8_t* blocks, size_t blockBytes, const PixelTarget& target,
                  Decode decode) {
@@ -60,5 +59,3 @@ void DecodeTiles(ScatterKernel scatter, const uint8_t* blocks, size_t blockBytes
 }
 
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_IMAGE_DRIVERS_H

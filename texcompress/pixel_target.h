@@ -1,6 +1,5 @@
 // Decoded images in the caller's memory.
-#ifndef ZORVAN_TEXCOMPRESS_PIXEL_TARGET_H
-#define ZORVAN_TEXCOMPRESS_PIXEL_TARGET_H
+#pragma once
 
 #include <cstdint>
 
@@ -8,17 +7,15 @@
 
 namespace zorvan::texcompress {
 
-/// Packed pixels.
+// Packed pixels.
 struct PixelTarget {
     uint8_t* pixels;
     uint32_t width, height;
-    uint32_t bytesPerPixel;  ///< 3, or 4 with alpha
-    uint32_t order;          ///< TXC_ORDER_RGB or TXC_ORDER_BGR
+    uint32_t bytesPerPixel;  // 3, or 4 with alpha
+    uint32_t order;          // TXC_ORDER_RGB or TXC_ORDER_BGR
 };
 
-/// Writes the pixels of a tile that lie inside the target.
+// Writes the pixels of a tile that lie inside the target.
 void ScatterTile(const Tile& tile, const PixelTarget& target, uint32_t x, uint32_t y);
 
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_PIXEL_TARGET_H

@@ -1,6 +1,5 @@
 // Writing of decoded tiles by whole rows of four pixels. See vector_types.h for how it is compiled.
-#ifndef ZORVAN_TEXCOMPRESS_SCATTER_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_SCATTER_VECTOR_H
+#pragma once
 
 #include <cstddef>
 
@@ -16,12 +15,12 @@ namespace {
     return (pixels & static_cast<int32_t>(0xFF00FF00)) | (pixels >> 16 & 255) | (pixels & 255) << 16;
 }
 
-/// Two pixels of three bytes in the lower six bytes of either half.
+// Two pixels of three bytes in the lower six bytes of either half.
 [[gnu::always_inline]] inline Pair PackTriples(const Quad& pixels) {
     return (Pair(pixels) & 0xFFFFFF) | (Pair(pixels) >> 8 & 0xFFFFFF000000);
 }
 
-/// Stores four pixels of three bytes, and nothing beyond them.
+// Stores four pixels of three bytes, and nothing beyond them.
 [[gnu::always_inline]] inline void StoreTriples(uint8_t* bytes, const Quad& pixels) {
     const Pair packed = PackTriples(pixels);
     const uint64_t first = packed[0] | packed[1] << 48;
@@ -29,7 +28,7 @@ namespace {
     StoreWord(bytes + 8, static_cast<uint32_t>(packed[1] >> 16));
 }
 
-/// Stores four times four pixels of three bytes.
+// Stores four times four pixels of three bytes.
 [[gnu::always_inline]] inline void StoreTriples(uint8_t* bytes, const Quad (&pixels)[4]) {
 #ifdef __SSSE3__
     const auto order = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
@@ -55,7 +54,7 @@ namespace {
 #endif
 }
 
-/// Four pixels of a tile's row in the target's order.
+// Four pixels of a tile's row in the target's order.
 template <bool Swap>
 [[gnu::always_inline]] inline Quad PixelsOfRow(const Tile& tile, size_t row) {
     const auto pixels = LoadVector<Quad>(tile.pixels + row * kTileSize);
@@ -108,5 +107,3 @@ inline void ScatterRows(const Tile* tiles, size_t count, const PixelTarget& targ
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_SCATTER_VECTOR_H

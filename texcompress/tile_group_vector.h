@@ -1,6 +1,5 @@
 // Groups of as many tiles as a vector has lanes, one tile per lane.
-#ifndef ZORVAN_TEXCOMPRESS_TILE_GROUP_VECTOR_H
-#define ZORVAN_TEXCOMPRESS_TILE_GROUP_VECTOR_H
+#pragma once
 
 #include <cstddef>
 
@@ -10,7 +9,7 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// Pixel k of tile i becomes lane i of words[k]. Lanes beyond count repeat the last tile.
+// Pixel k of tile i becomes lane i of words[k]. Lanes beyond count repeat the last tile.
 inline void LoadTileGroup(const Tile* tiles, size_t count, I32 (&words)[16]) {
     const auto quads = reinterpret_cast<uint8_t*>(words);
     for (size_t lane = 0; lane < kLanes; lane += 4) {
@@ -36,21 +35,19 @@ struct Channels {
     return {ToFloat(words & 255), ToFloat(words >> 8 & 255), ToFloat(words >> 16 & 255)};
 }
 
-/// Luminances 0..255, see Luminance. The sums are whole and stay exact.
+// Luminances 0..255, see Luminance. The sums are whole and stay exact.
 [[gnu::always_inline]] inline I32 LuminanceOf(const Channels& pixel) {
     return ToInt(19.0f * pixel.r + 38.0f * pixel.g + 7.0f * pixel.b) >> 6;
 }
 
-/// The least luminance that RGB565 codes with these decoded colours stand for.
+// The least luminance that RGB565 codes with these decoded colours stand for.
 [[gnu::always_inline]] inline I32 LeastLuminance(const I32& red, const I32& green, const I32& blue) {
     return LuminanceOf({ToFloat(red & 0xF8), ToFloat(green & 0xFC), ToFloat(blue & 0xF8)});
 }
-/// The greatest one.
+// The greatest one.
 [[gnu::always_inline]] inline I32 GreatestLuminance(const I32& red, const I32& green, const I32& blue) {
     return LuminanceOf({ToFloat(red | 7), ToFloat(green | 3), ToFloat(blue | 7)});
 }
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_TILE_GROUP_VECTOR_H

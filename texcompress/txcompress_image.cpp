@@ -11,7 +11,7 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// What an image's format and flags come to.
+// What an image's format and flags come to.
 struct ImageCodec {
     BlockLayout layout;
     bool alphaBlocks;
@@ -19,7 +19,7 @@ struct ImageCodec {
     DecodeKernel decodeColor, decodeAlpha;
 };
 
-/// The codec of a format; nothing for a format that these entry points do not accept.
+// The codec of a format; nothing for a format that these entry points do not accept.
 std::optional<ImageCodec> FindCodec(uint32_t format, uint32_t flags) {
     const BlockKernels& kernels = SelectBlockKernels();
     const bool alpha = (flags & TXC_FLAG_ALPHA) != 0;

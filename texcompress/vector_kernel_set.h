@@ -1,6 +1,5 @@
 // The set of kernels on vectors. See vector_types.h for how it is compiled.
-#ifndef ZORVAN_TEXCOMPRESS_VECTOR_KERNEL_SET_H
-#define ZORVAN_TEXCOMPRESS_VECTOR_KERNEL_SET_H
+#pragma once
 
 #include "texcompress/alpha_decode_vector.h"
 #include "texcompress/alpha_encode_vector.h"
@@ -19,8 +18,8 @@ inline void GatherRows(const SourcePixels& source, uint32_t x, uint32_t y, size_
     source.GatherRow(x, y, count, tiles);
 }
 
-/// A kernel of the plain set. The set is looked at when the kernel is called, not before: constants of
-/// other files may not be ready.
+// A kernel of the plain set. The set is looked at when the kernel is called, not before: constants of
+// other files may not be ready.
 template <auto Kernel>
 struct Plain;
 template <typename... Arguments, void (*BlockKernels::*Kernel)(Arguments...)>
@@ -52,5 +51,3 @@ constexpr BlockKernels kVectorKernels = {
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_VECTOR_KERNEL_SET_H

@@ -1,7 +1,6 @@
 // Portable vectors for the block kernels. Files that include this are compiled once per instruction set,
 // so everything here and in them has internal linkage: the linker must never mix the sets.
-#ifndef ZORVAN_TEXCOMPRESS_VECTOR_TYPES_H
-#define ZORVAN_TEXCOMPRESS_VECTOR_TYPES_H
+#pragma once
 
 #include <cstdint>
 #include <cstring>
@@ -17,21 +16,21 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "whole vectors of pixel
 namespace zorvan::texcompress {
 namespace {
 
-/// As wide as the instruction set's registers: wider ones would be split badly.
+// As wide as the instruction set's registers: wider ones would be split badly.
 #ifdef __AVX2__
 constexpr int kVectorBytes = 32;
 #else
 constexpr int kVectorBytes = 16;
 #endif
-constexpr int kLanes = kVectorBytes / 4;       ///< of 32 bits
-constexpr int kShortLanes = kVectorBytes / 2;  ///< of 16 bits
+constexpr int kLanes = kVectorBytes / 4;       // of 32 bits
+constexpr int kShortLanes = kVectorBytes / 2;  // of 16 bits
 
 using I32 = int32_t __attribute__((vector_size(kVectorBytes)));
 using U32 = uint32_t __attribute__((vector_size(kVectorBytes)));
 using F32 = float __attribute__((vector_size(kVectorBytes)));
 using I16 = int16_t __attribute__((vector_size(kVectorBytes)));
 using F64 = double __attribute__((vector_size(kVectorBytes)));
-using HalfI32 = int32_t __attribute__((vector_size(kVectorBytes / 2)));  ///< as many lanes as F64
+using HalfI32 = int32_t __attribute__((vector_size(kVectorBytes / 2)));  // as many lanes as F64
 
 template <typename Vector, typename Element>
 [[gnu::always_inline]] inline Vector LoadVector(const Element* elements) {
@@ -45,7 +44,7 @@ template <typename Vector, typename Element>
     std::memcpy(elements, &vector, sizeof(vector));
 }
 
-/// Whole numbers below 2^24 convert exactly; the way back truncates.
+// Whole numbers below 2^24 convert exactly; the way back truncates.
 [[gnu::always_inline]] inline F32 ToFloat(const I32& vector) {
     return __builtin_convertvector(vector, F32);
 }
@@ -53,7 +52,7 @@ template <typename Vector, typename Element>
     return __builtin_convertvector(vector, I32);
 }
 
-/// 0, 1, 2, ...
+// 0, 1, 2, ...
 [[gnu::always_inline]] inline I32 LaneNumbers() {
     I32 numbers{};
     for (int i = 0; i < kLanes; ++i) {
@@ -62,7 +61,7 @@ template <typename Vector, typename Element>
     return numbers;
 }
 
-/// Lane by lane: mask lanes are all ones or all zeros.
+// Lane by lane: mask lanes are all ones or all zeros.
 template <typename Vector>
 [[gnu::always_inline]] inline Vector Select(const Vector& mask, const Vector& yes, const Vector& no) {
     return (mask & yes) | (~mask & no);
@@ -83,8 +82,8 @@ template <typename Vector>
     return (vector ^ negative) - negative;
 }
 
-/// Products of whole numbers 0..2^21 - 1, prepared by SplitFactor, and 0..255, prepared by ByteFactor. SSE2
-/// has no product of 32-bit lanes, but sums of products of 16-bit ones: of n % 128 and n / 128 here.
+// Products of whole numbers 0..2^21 - 1, prepared by SplitFactor, and 0..255, prepared by ByteFactor. SSE2
+// has no product of 32-bit lanes, but sums of products of 16-bit ones: of n % 128 and n / 128 here.
 #ifdef __SSE2__
 [[gnu::always_inline]] inline I32 SplitFactor(const I32& factors) {
     return (factors & 127) | factors >> 7 << 16;
@@ -117,7 +116,7 @@ template <typename T>
 }
 #endif
 
-/// Pairs of 16-bit lanes become 32-bit lanes, those of low in the lower halves.
+// Pairs of 16-bit lanes become 32-bit lanes, those of low in the lower halves.
 [[gnu::always_inline]] inline void Interleave(const I16& low, const I16& high, uint32_t* pairs) {
 #ifdef __AVX2__
     const I16 first =
@@ -132,7 +131,7 @@ template <typename T>
     StoreVector(pairs + kLanes, second);
 }
 
-/// Stores the entries that eight 3-bit indices choose; the first index is in the lowest bits.
+// Stores the entries that eight 3-bit indices choose; the first index is in the lowest bits.
 [[gnu::always_inline]] inline void LookUpEight(const uint32_t (&entries)[8], uint32_t indices,
                                                uint32_t* found) {
 #ifdef __AVX2__
@@ -147,11 +146,11 @@ template <typename T>
 #endif
 }
 
-/// 16 bytes, whatever the instruction set.
+// 16 bytes, whatever the instruction set.
 using Pair = uint64_t __attribute__((vector_size(16)));
 using Bytes16 = uint8_t __attribute__((vector_size(16)));
 
-/// Four rows of four become four columns.
+// Four rows of four become four columns.
 using Quad = int32_t __attribute__((vector_size(16)));
 [[gnu::always_inline]] inline void Transpose(Quad (&rows)[4]) {
     const Quad low01 = __builtin_shufflevector(rows[0], rows[1], 0, 4, 1, 5);
@@ -164,7 +163,7 @@ using Quad = int32_t __attribute__((vector_size(16)));
     rows[3] = __builtin_shufflevector(high01, high23, 2, 3, 6, 7);
 }
 
-/// The bits that any lane has.
+// The bits that any lane has.
 [[gnu::always_inline]] inline uint32_t JoinLanes(const I32& vector) {
     uint64_t parts[kVectorBytes / 8];
     std::memcpy(parts, &vector, sizeof(parts));
@@ -181,5 +180,3 @@ using Quad = int32_t __attribute__((vector_size(16)));
 
 }  // namespace
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TEXCOMPRESS_VECTOR_TYPES_H

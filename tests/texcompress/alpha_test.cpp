@@ -21,7 +21,7 @@ ChannelTile Decode(const Block& block) {
     return alpha;
 }
 
-/// Sixteen values that take turns.
+// Sixteen values that take turns.
 template <typename... Values>
 ChannelTile Turns(Values... values) {
     const std::array<uint8_t, sizeof...(values)> turns = {static_cast<uint8_t>(values)...};

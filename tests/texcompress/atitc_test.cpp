@@ -18,7 +18,7 @@ struct Block {
     uint32_t index, color0, color1;
 };
 
-/// By the full search, then by the fast encoder.
+// By the full search, then by the fast encoder.
 std::array<Block, 2> Encoded(const RgbTile& tile, uint32_t format) {
     std::array<Block, 2> blocks;
     auto& [full, fast] = blocks;
@@ -198,7 +198,7 @@ TEST(AtcEncoder, AcceptsMasksThatUseTheLastColor) {
     EXPECT_EQ(mask, 0xFFFFFFF4u);
 }
 
-/// Tiles whose colours the formats have, and the blocks that both encoders must find.
+// Tiles whose colours the formats have, and the blocks that both encoders must find.
 TEST(AtcEncoder, IsExactWhereColorsAre) {
     for (const uint32_t format : {TXC_FORMAT_ATC, TXC_FORMAT_ATC_LEGACY}) {
         for (uint32_t code = 0; code < 0x10000; code += 7) {

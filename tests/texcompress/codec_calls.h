@@ -1,6 +1,5 @@
 // The codec interface with one call for all encoders and one for all decoders, for tests and benchmarks.
-#ifndef ZORVAN_TESTS_TEXCOMPRESS_CODEC_CALLS_H
-#define ZORVAN_TESTS_TEXCOMPRESS_CODEC_CALLS_H
+#pragma once
 
 #include <array>
 #include <cstdint>
@@ -13,12 +12,12 @@ namespace zorvan::texcompress {
 
 enum class Entry { kTxCompress, kAtiTc, kAtiTcFast };
 
-/// One way to encode an image and to decode it again.
+// One way to encode an image and to decode it again.
 struct Codec {
     Entry entry;
     uint32_t format, flags;
     const char* name = "";
-    const char* channels = "";  ///< those that the format keeps
+    const char* channels = "";  // those that the format keeps
 
     bool HasAlpha() const { return (flags & TXC_FLAG_ALPHA) != 0; }
     uint32_t PixelBytes() const { return HasAlpha() ? 4 : 3; }
@@ -42,7 +41,7 @@ inline constexpr std::array kCodecs = {
     Codec{Entry::kTxCompress, TXC_FORMAT_ATI2N, 0, "ATI2N", "RG"},
 };
 
-/// What an encoder reads.
+// What an encoder reads.
 struct Source {
     const void* pixels;
     uint32_t width, height, pitch;
@@ -53,7 +52,7 @@ inline Source SourceOf(const TestImage& image) {
     return {image.pixels.data(), image.width, image.height, 4 * image.width};
 }
 
-/// Calls a codec's encoder and returns its status. header is for those that write one.
+// Calls a codec's encoder and returns its status. header is for those that write one.
 inline uint32_t Encode(const Codec& codec, const Source& source, void* blocks, uint32_t* size,
                        _ATITC_HEADER* header) {
     const auto& [pixels, width, height, pitch, masks] = source;
@@ -67,7 +66,7 @@ inline uint32_t Encode(const Codec& codec, const Source& source, void* blocks, u
                   codec.format, header, blocks, size);
 }
 
-/// Calls a codec's decoder and returns its status.
+// Calls a codec's decoder and returns its status.
 inline uint32_t Decode(const Codec& codec, uint32_t width, uint32_t height, const void* blocks,
                        uint32_t order, void* pixels, uint32_t* size) {
     if (codec.entry == Entry::kTxCompress) {
@@ -77,7 +76,7 @@ inline uint32_t Decode(const Codec& codec, uint32_t width, uint32_t height, cons
     return ATI_TC_DecodeImage_Seperate_Header(&header, blocks, order, pixels, size);
 }
 
-/// The image's blocks.
+// The image's blocks.
 inline std::vector<uint8_t> Encode(const Codec& codec, const Source& source) {
     std::vector<uint8_t> blocks(codec.BlockBytes(source.width, source.height));
     auto size = static_cast<uint32_t>(blocks.size());
@@ -86,7 +85,7 @@ inline std::vector<uint8_t> Encode(const Codec& codec, const Source& source) {
     return blocks;
 }
 
-/// The packed pixels of an image's blocks.
+// The packed pixels of an image's blocks.
 inline std::vector<uint8_t> Decode(const Codec& codec, uint32_t width, uint32_t height,
                                    const std::vector<uint8_t>& blocks, uint32_t order = TXC_ORDER_RGB) {
     std::vector<uint8_t> pixels(size_t{width} * height * codec.PixelBytes());
@@ -96,5 +95,3 @@ inline std::vector<uint8_t> Decode(const Codec& codec, uint32_t width, uint32_t 
 }
 
 }  // namespace zorvan::texcompress
-
-#endif  // ZORVAN_TESTS_TEXCOMPRESS_CODEC_CALLS_H

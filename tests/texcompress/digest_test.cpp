@@ -11,7 +11,7 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// Of blocks, then of pixels; in the order of kCodecs.
+// Of blocks, then of pixels; in the order of kCodecs.
 using Digests = std::array<const char*, kCodecs.size()>;
 
 constexpr Digests kCorpus = {
@@ -23,7 +23,7 @@ constexpr Digests kCorpus = {
     "044822803c984df9 df1059fbe51b5dfc",
 };
 
-/// Over all natural and drawn pictures, of odd sizes.
+// Over all natural and drawn pictures, of odd sizes.
 constexpr Digests kPictures = {
     "0df19c16207481a2 397285cdc355c9d4", "f0cea4510efd025d f4de8da39aa2e877",
     "05b0359bfd30fe22 9a19e6c6f8157d53", "a53c44094d0b5621 21e1bb3911881942",
@@ -48,7 +48,7 @@ std::string DigestsOf(const Codec& codec, const std::vector<TestImage>& images) 
     return text.data();
 }
 
-/// Runs with one set of kernels.
+// Runs with one set of kernels.
 class PromisedBytes : public testing::TestWithParam<size_t> {
   protected:
     PromisedBytes() { UseBlockKernels(*KernelSetAt(GetParam()).kernels); }

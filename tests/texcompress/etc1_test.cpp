@@ -26,7 +26,7 @@ Words Encoded(const RgbTile& tile) {
     return words;
 }
 
-/// The left and right half, or the top and bottom one.
+// The left and right half, or the top and bottom one.
 RgbTile Halves(const Rgb& first, const Rgb& second, bool flipped) {
     RgbTile tile;
     for (uint32_t k = 0; k < tile.size(); ++k) {

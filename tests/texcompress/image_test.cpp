@@ -73,7 +73,7 @@ TEST(Sizes, AreTheAnswerToANullOutput) {
     }
 }
 
-/// An output that shows how much of it was written.
+// An output that shows how much of it was written.
 struct GuardedOutput {
     std::array<uint8_t, 128> bytes;
     GuardedOutput() { bytes.fill(kGuard); }
@@ -172,7 +172,7 @@ TEST(Statuses, SizesThatWrapAreRefused) {
     EXPECT_EQ(byte, kGuard);
 }
 
-/// An image of a tile that the fast encoder codes with the given error, above black ones without error.
+// An image of a tile that the fast encoder codes with the given error, above black ones without error.
 TestImage TileWithError(uint32_t wanted, uint32_t tiles) {
     TestImage image{4, 4 * tiles, std::vector<uint8_t>(size_t{64} * tiles)};
     uint32_t error = 0;

@@ -41,8 +41,8 @@ TEST(KernelChoiceDeathTest, ANameOfNoSetLeavesTheFastest) {
     setenv("ZORVAN_KERNELS", kNamedAtStart.c_str(), 1);
 }
 
-/// Sixteen pixels whose channels are of random range and depth, from flat to noise, from a few levels (0 and
-/// 255 among them) to all. Some tiles are grey, in others all colours are about as bright.
+// Sixteen pixels whose channels are of random range and depth, from flat to noise, from a few levels (0 and
+// 255 among them) to all. Some tiles are grey, in others all colours are about as bright.
 std::array<std::array<uint8_t, 4>, 16> RandomTile(Lcg& random) {
     std::array<std::array<uint8_t, 4>, 16> tile;
     for (size_t c = 0; c < 4; ++c) {
@@ -95,7 +95,7 @@ class Kernels : public testing::TestWithParam<size_t> {
         UseBlockKernels(*KernelSetAt(set).kernels);
         ASSERT_EQ(&SelectBlockKernels(), KernelSetAt(set).kernels);
     }
-    /// What a call returns with the plain set and with the other one.
+    // What a call returns with the plain set and with the other one.
     template <typename Call>
     auto ByBothSets(Call call) const {
         Use(0);

@@ -16,7 +16,7 @@ namespace {
 
 constexpr uint32_t kSize = 256;
 
-/// Draws one texture, pixel by pixel, onto a surface of its size.
+// Draws one texture, pixel by pixel, onto a surface of its size.
 class Mesa : public ::testing::Test {
   protected:
     void SetUp() override {
@@ -26,7 +26,7 @@ class Mesa : public ::testing::Test {
         SetUpTexturedQuad();
     }
 
-    /// The pixels R, G, B, A of a kSize x kSize texture as the driver sees them.
+    // The pixels R, G, B, A of a kSize x kSize texture as the driver sees them.
     static std::vector<uint8_t> Sample(GLenum format, const std::vector<uint8_t>& blocks) {
         const GLuint texture = BindNewTexture();
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
@@ -44,7 +44,7 @@ class Mesa : public ::testing::Test {
     std::unique_ptr<Surface> surface_ = Surface::Make(kSize, kSize, {8, 8, 8, 8});
 };
 
-/// Our encoder's blocks of natural and hard images, and random blocks.
+// Our encoder's blocks of natural and hard images, and random blocks.
 std::vector<std::vector<uint8_t>> BlocksOf(const Codec& codec) {
     std::vector<std::vector<uint8_t>> sets;
     for (const TestImage& image : NaturalImages(kSize)) {

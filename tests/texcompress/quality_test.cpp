@@ -12,7 +12,7 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// PSNR in dB over the channels that the encoder keeps.
+// PSNR in dB over the channels that the encoder keeps.
 double Psnr(const Codec& codec, const TestImage& image) {
     const std::vector<uint8_t> decoded =
         Decode(codec, image.width, image.height, Encode(codec, SourceOf(image)));

@@ -8,7 +8,7 @@
 namespace zorvan::texcompress {
 namespace {
 
-/// Gathers the tile at the top left.
+// Gathers the tile at the top left.
 Tile Gathered(const Source& source, AlphaDepth depth, PixelFetch fetch) {
     const auto& masks = source.masks;
     Tile tile;
@@ -21,9 +21,9 @@ Tile Gathered(const Source& source, AlphaDepth depth, PixelFetch fetch) {
 TEST(SourcePixels, WidenChannels) {
     struct Row {
         const char* name;
-        std::array<uint32_t, 4> masks;  ///< red, green, blue, alpha
-        std::vector<uint8_t> bytes;     ///< of one pixel
-        uint32_t eight, four;           ///< alpha, blue, green, red with 8-bit and 4-bit alpha
+        std::array<uint32_t, 4> masks;  // red, green, blue, alpha
+        std::vector<uint8_t> bytes;     // of one pixel
+        uint32_t eight, four;           // alpha, blue, green, red with 8-bit and 4-bit alpha
     };
     for (const Row& row : {
              Row{"RGBA8888", {0xFF, 0xFF00, 0xFF0000, 0xFF000000}, {1, 2, 3, 0xA4}, 0xA4030201, 0xA030201},

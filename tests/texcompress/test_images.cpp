@@ -10,7 +10,7 @@ uint8_t Clamp8(int value) {
     return static_cast<uint8_t>(std::clamp(value, 0, 255));
 }
 
-/// A lattice point's value, 0..255.
+// A lattice point's value, 0..255.
 int Lattice(uint32_t x, uint32_t y, uint32_t seed) {
     uint32_t h = x * 0x9E3779B1u ^ y * 0x85EBCA77u ^ seed * 0xC2B2AE3Du;
     h = (h ^ h >> 15) * 0x2C1B3C6Du;
@@ -18,7 +18,7 @@ int Lattice(uint32_t x, uint32_t y, uint32_t seed) {
     return static_cast<int>((h ^ h >> 15) & 255);
 }
 
-/// Smooth noise 0..255 with lattice points `cell` pixels apart.
+// Smooth noise 0..255 with lattice points `cell` pixels apart.
 int Noise(uint32_t x, uint32_t y, uint32_t cell, uint32_t seed) {
     const auto fade = [cell](uint32_t position) {
         const int t = static_cast<int>(position % cell * 256 / cell);
@@ -32,7 +32,7 @@ int Noise(uint32_t x, uint32_t y, uint32_t cell, uint32_t seed) {
     return blend(top, bottom, fade(y));
 }
 
-/// Noise of falling amplitude and rising frequency, 0..255.
+// Noise of falling amplitude and rising frequency, 0..255.
 int Fractal(uint32_t x, uint32_t y, uint32_t cell, uint32_t seed) {
     int sum = 0;
     int weight = 128;
@@ -57,7 +57,7 @@ TestImage MakeImage(uint32_t width, uint32_t height, Shade shade) {
 
 using Pixel = std::array<int, 4>;
 
-/// A channel of pixel k in one kind of tile of the corpus.
+// A channel of pixel k in one kind of tile of the corpus.
 int CorpusChannel(uint32_t kind, int k, size_t c, const std::array<Pixel, 4>& colors, Lcg& random) {
     const int base = colors[0][c];
     const auto noise = [&random](uint32_t range) { return static_cast<int>(random.Next(range)); };
