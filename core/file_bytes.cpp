@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -50,8 +51,15 @@ FileBytes ReadFileBytes(std::string const& path, uint32_t largest) {
     return result;
 }
 
+std::string TemporaryBeside(std::string const& path) {
+    static std::atomic<uint32_t> count{0};
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    // Not the path's own name with an ending, which may be too long for one.
+    return folder + ".zorvan-" + std::to_string(getpid()) + "-" + std::to_string(count++);
+}
+
 std::string WriteFileBytes(std::string const& path, std::string_view bytes) {
-    const std::string temporary = path + ".tmp" + std::to_string(getpid());
+    const std::string temporary = TemporaryBeside(path);
     File file(std::fopen(temporary.c_str(), "wb"));
     if (file == nullptr) {
         return SystemError();

@@ -15,6 +15,9 @@ struct FileBytes {
     std::string error;  // empty when the file was read; without the file's name
 };
 
+// A name in the same folder that no other file of this process gets, for writing before renaming.
+ZORVAN_CORE_API std::string TemporaryBeside(std::string const& path);
+
 // Refuses folders and files of more than largest bytes.
 ZORVAN_CORE_API FileBytes ReadFileBytes(std::string const& path, uint32_t largest);
 

@@ -59,7 +59,6 @@ bool Texture::SizePixelStore(uint32_t bytes) {
     pixels.data = static_cast<uint8_t*>(data);
     pixels.size = bytes;
     levels.Clear();
-    plainLevels_.Clear();
     return true;
 }
 
@@ -74,6 +73,7 @@ void Texture::ReleasePixelStore() {
     }
     pixels.data = nullptr;
     pixels.size = 0;
+    plainLevels_.Clear();  // no pixels are left for them
 }
 
 void Texture::FormatChanged(uint32_t const& newFormat) {

@@ -33,10 +33,10 @@ class ZORVAN_GL_API CameraGL : public Camera {
     Matrix4T<RealFixed> GetProjectionMatrix() const;
 
   private:
-    void BoolChanged(bool const& value);
-    void RealChanged(RealFixed const& value);
-    void RectangleChanged(RectangleT<RealFixed> const& value);
-    Matrix4T<RealFixed> PerspectiveProjection();
+    [[gnu::visibility("hidden")]] void BoolChanged(bool const& value);
+    [[gnu::visibility("hidden")]] void RealChanged(RealFixed const& value);
+    [[gnu::visibility("hidden")]] void RectangleChanged(RectangleT<RealFixed> const& value);
+    [[gnu::visibility("hidden")]] Matrix4T<RealFixed> PerspectiveProjection();
 
     Matrix4T<RealFixed> viewMatrix;
     Matrix4T<RealFixed> projectionMatrix;

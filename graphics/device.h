@@ -81,7 +81,7 @@ class ZORVAN_GL_API GraphicsDeviceGL : public GraphicsDevice {
     ShaderGL* solidShader = nullptr;
 
   private:
-    CameraGL const* CurrentCamera() const;
+    [[gnu::visibility("hidden")]] CameraGL const* CurrentCamera() const;
 };
 
 }  // namespace zorvan

@@ -26,7 +26,7 @@ class ZORVAN_GL_API FontGL : public Font {
     uint32_t IsKindOf(ClassId id);
 
   private:
-    void FillQuad(Glyph const& glyph, Vector2T<RealFixed> const& position);
+    [[gnu::visibility("hidden")]] void FillQuad(Glyph const& glyph, Vector2T<RealFixed> const& position);
 
     List<Vector3T<RealFixed>> glyphVertices;
     List<Vector2T<RealFixed>> glyphTexCoords;

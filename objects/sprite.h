@@ -44,7 +44,7 @@ class ZORVAN_GL_API SpriteGL : public Sprite {
     void CreateSolidShader(unsigned int id, List<unsigned int> const& modes);
 
   private:
-    void Draw(ShaderGL const& program);
+    [[gnu::visibility("hidden")]] void Draw(ShaderGL const& program);
 
     // Corners in pixels and their texture coordinates, in the order of the strip.
     List<Vector3T<RealFixed>> vertices;

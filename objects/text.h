@@ -36,7 +36,7 @@ class ZORVAN_GL_API TextGL : public Text {
     void CreateTextShader(unsigned int id, List<unsigned int> const& modes);
 
   private:
-    void DrawString(GraphicsDevice& device);
+    [[gnu::visibility("hidden")]] void DrawString(GraphicsDevice& device);
 
     ShaderGL* shader = nullptr;
 };

@@ -86,7 +86,9 @@ def write_section(name, rows, columns):
     begin, end = f"<!-- {name} table: begin -->", f"<!-- {name} table: end -->"
     page = DOCS / "performance.md"
     pattern = re.compile(re.escape(begin) + ".*?" + re.escape(end), re.DOTALL)
-    text = pattern.sub(lambda _: f"{begin}\n{table(rows, columns)}\n{end}", page.read_text())
+    text, found = pattern.subn(lambda _: f"{begin}\n{table(rows, columns)}\n{end}", page.read_text())
+    if not found:
+        sys.exit(f"{page}: expected the lines {begin} and {end}")
     page.write_text(text)
     (DOCS / "images" / f"{name}-speed.svg").write_text(chart(rows))
 

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Sets the machine up and runs every check: formatting, GCC and Clang with warnings as errors, the
 # sanitizers, 32-bit ARM under qemu-user, and a short run of each fuzz target.
-# Usage: scripts/test.sh [STEP ...], steps: format release clang asan-ubsan armhf fuzz
+# Usage: scripts/test.sh [STEP ...], steps: format release debug clang asan-ubsan armhf fuzz; all but debug
+# without any
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -28,8 +29,9 @@ run_fuzzers() {
     if "$1" -max_total_time="$2" -rss_limit_mb=4096 -artifact_prefix="$1-" >"$log" 2>&1; then
       echo "ok   $(basename "$1"): $(grep -c "^#" "$log") progress lines, $(tail -n 1 "$log")"
     else
-      cat "$log"; echo "FAIL $(basename "$1")"; exit 255
-    fi' sh {} "$fuzz_seconds"
+      cat "$log"; echo "FAIL $(basename "$1")"; rm "$log"; exit 255
+    fi
+    rm "$log"' sh {} "$fuzz_seconds"
 }
 
 steps=("$@")

@@ -50,7 +50,7 @@ class ZORVAN_GL_API ShaderGL : public Shader {
     GLint texCoordAttribute = -1;     // a_vTexCoord
 
   private:
-    bool TakeLinkResult();
+    [[gnu::visibility("hidden")]] bool TakeLinkResult();
 };
 
 static_assert(sizeof(void*) != 4 || sizeof(ShaderGL) == sizeof(Shader) + 6 * 4,

@@ -60,7 +60,7 @@ class SmallBoxScaler : public Scaler {
           m_rowA(AllocateRow(from.width, BytePixel::kBytes)),
           m_rowB(AllocateRow(from.width, BytePixel::kBytes)),
           m_halves(from.width == 2 * to.width && from.height == 2 * to.height),
-          m_sums(m_halves ? 0 : std::size_t{from.width} * 4) {
+          m_sums(m_halves ? 0 : CountInRow(from.width, 4)) {
         for (std::uint32_t x = 0; x < to.width && !m_halves; ++x) {
             const Interval covered = m_columns.Covered(x);
             m_spans.push_back({covered.first, covered.end - covered.first});

@@ -1,6 +1,7 @@
 // The cubic filter: a blur around the nearest pixel. Results that share their nearest pixel are made once,
 // and rows of the source are kept as floats while the next results need them too.
 #include <array>
+#include <new>
 
 #include "texconv/scaler.h"
 #include "texconv/working_pixel.h"
@@ -15,12 +16,14 @@ class CubicScaler : public Scaler {
     CubicScaler(RowSourcePointer rows, const ImageShape& from, const ImageShape& to)
         : Scaler(std::move(rows), from, to),
           m_row(AllocateRow(from.width, BytePixel::kBytes)),
-          m_floats(std::size_t{from.width} * 4 * kTaps),
-          m_blurred(AllocateRow(to.width > from.width ? from.width : 0, Pixel::kBytes)) {
-        std::uint32_t last = from.width;
+          m_floats(CountInRow(from.width, 4 * kTaps)) {
+        if (from.width > UINT32_MAX / 4) {
+            throw std::bad_alloc();  // places are 32 bits
+        }
+        std::uint32_t last = 0;
         for (std::uint32_t x = 0; x < to.width; ++x) {
-            const std::uint32_t centre = m_columns.Sample(x, 0.5f);
-            if (centre != last) {
+            const std::uint32_t centre = m_columns.Centre(x, 0.5f);
+            if (x == 0 || centre != last) {
                 for (int tap = 0; tap < kTaps; ++tap) {
                     m_taps.push_back(m_columns.Beside(centre, kFirstTap + tap) * 4);
                 }
@@ -29,13 +32,14 @@ class CubicScaler : public Scaler {
             }
             m_places.push_back(m_count - 1);
         }
+        m_blurred = AllocateRow(m_count < to.width ? m_count : 0, Pixel::kBytes);
     }
 
   private:
-    Interval LinesOf(std::uint32_t y) const override { return {m_lines.Sample(y, 0.5f), 0}; }
+    Interval LinesOf(std::uint32_t y) const override { return {m_lines.Centre(y, 0.5f), 0}; }
 
     void Make(std::uint32_t y, std::uint8_t* to) override {
-        const std::uint32_t centre = m_lines.Sample(y, 0.5f);
+        const std::uint32_t centre = m_lines.Centre(y, 0.5f);
         const auto line = [&](int tap) { return Line(m_lines.Beside(centre, kFirstTap + tap)); };
         const std::array<const float*, kTaps> lines{line(0), line(1), line(2), line(3)};
         const auto blur = Pixel::kBytes == BytePixel::kBytes ? m_kernels.cubicBytes : m_kernels.cubicFloats;

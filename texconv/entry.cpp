@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <new>
+#include <exception>
 
 #include "texconv/image.h"
 
@@ -154,7 +154,7 @@ std::uint32_t Qonvert(TQonvertImage* source, TQonvertImage* destination) {
         case CHECK_FLOAT:
             try {
                 image.Convert(check == CHECK_FLOAT);
-            } catch (const std::bad_alloc&) {
+            } catch (const std::exception&) {  // also of vectors that no memory could hold
                 image.Verbose("Could not create memory");
             }
             break;

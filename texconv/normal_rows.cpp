@@ -1,5 +1,6 @@
 // Normal maps from rows read as a height field. Three rows of heights are kept.
 #include <array>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -18,7 +19,11 @@ class NormalSource : public RowSource {
           m_height(static_cast<std::int32_t>(shape.height)),
           m_options(options),
           m_row(AllocateRow(shape.width, 4)),
-          m_heights((std::size_t{shape.width} + 2) * kLines) {}
+          m_heights((CountInRow(shape.width, 1) + 2) * kLines) {
+        if (m_width < 0 || m_height < 0) {
+            throw std::bad_alloc();  // coordinates are signed
+        }
+    }
 
     void Read(std::uint32_t y, std::uint8_t* to) override {
         const auto line = static_cast<std::int64_t>(y);

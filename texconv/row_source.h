@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <new>
 
 namespace QXTextureConverter {
 
@@ -35,10 +36,18 @@ class RowSource {
 
 using RowSourcePointer = std::unique_ptr<RowSource>;
 
+// What `width` pixels have when each has `count`; throws std::bad_alloc where no memory can hold as many.
+inline std::size_t CountInRow(std::uint32_t width, std::uint32_t count) {
+    if (count != 0 && width > SIZE_MAX / 8 / count) {
+        throw std::bad_alloc();
+    }
+    return std::size_t{width} * count;
+}
+
 // Memory for one row; throws std::bad_alloc.
 using RowMemory = std::unique_ptr<std::uint8_t[]>;
 inline RowMemory AllocateRow(std::uint32_t width, std::uint32_t bytesPerPixel) {
-    return std::make_unique_for_overwrite<std::uint8_t[]>(std::size_t{width} * bytesPerPixel);
+    return std::make_unique_for_overwrite<std::uint8_t[]>(CountInRow(width, bytesPerPixel));
 }
 
 }  // namespace QXTextureConverter

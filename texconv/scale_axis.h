@@ -16,7 +16,7 @@ struct Interval {
 };
 
 // One direction of the resampling. Coordinates are single precision, each operation rounded;
-// what rounding would push past the source is kept inside.
+// what rounding would push past the source is kept inside unless a function says otherwise.
 class Axis {
   public:
     // Neither size is 0.
@@ -25,7 +25,11 @@ class Axis {
 
     // The source coordinate of destination coordinate `at` + `offset`.
     std::uint32_t Sample(std::uint32_t at, float offset) const {
-        return std::min(Scaled(static_cast<float>(at) + offset), m_sourceSize - 1);
+        return std::min(Centre(at, offset), m_sourceSize - 1);
+    }
+    // The same, which rounding may have pushed past the source.
+    std::uint32_t Centre(std::uint32_t at, float offset) const {
+        return Scaled(static_cast<float>(at) + offset);
     }
     // The source coordinates that destination coordinate `at` covers, at least one.
     Interval Covered(std::uint32_t at) const {

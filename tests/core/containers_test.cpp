@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
+#include <iterator>
 
 #include "core/class_registry.h"
 #include "core/file_bytes.h"
@@ -9,6 +9,7 @@
 #include "core/list.h"
 #include "core/mstring.h"
 #include "core/trace.h"
+#include "tests/temp_folder.h"
 
 namespace zorvan {
 namespace {
@@ -86,7 +87,8 @@ TEST(Trace, GoesToTheSink) {
 }
 
 TEST(Files, AreWrittenWholeAndReadBack) {
-    const std::string path = testing::TempDir() + "zörvan_bytes";
+    const TempFolder folder;
+    const std::string path = folder / "zörvan_bytes";
     EXPECT_EQ(WriteFileBytes(path, "first"), "");
     FileStream stream;
     ASSERT_TRUE(stream.Open(FromUtf8(path), FileMode::Write));
@@ -96,13 +98,14 @@ TEST(Files, AreWrittenWholeAndReadBack) {
     const FileBytes read = ReadFileBytes(path, 5);
     EXPECT_EQ(std::string(read.bytes.begin(), read.bytes.end()), "other");
     EXPECT_EQ(ReadFileBytes(path, 4).error, "got more than 4 bytes");
-    EXPECT_EQ(ReadFileBytes(testing::TempDir(), 4).error, "got a folder, expected a file");
+    EXPECT_EQ(ReadFileBytes(folder.Path(), 4).error, "got a folder, expected a file");
     EXPECT_EQ(ReadFileBytes(path + ".missing", 4).error, "No such file or directory");
     EXPECT_NE(WriteFileBytes(path + "/below", "x"), "");
-    EXPECT_NE(WriteFileBytes(testing::TempDir(), "x"), "");  // a folder is not replaced, and nothing stays
-    EXPECT_FALSE(std::filesystem::exists(testing::TempDir() + ".tmp" + std::to_string(::getpid())));
+    std::filesystem::create_directory(folder / "below");
+    EXPECT_NE(WriteFileBytes(folder / "below", "x"), "");  // a folder is not replaced, and nothing stays
+    EXPECT_EQ(WriteFileBytes(folder / std::string(255, 'n'), ""), "");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path()), {}), 3);
     EXPECT_FALSE(stream.Open(FromUtf8(path + "/below"), FileMode::Write));
-    std::remove(path.c_str());
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "core/file_bytes.h"
 #include "tests/core/fake_backend.h"
 #include "tests/core/save_load.h"
+#include "tests/temp_folder.h"
 
 namespace zorvan::test {
 namespace {
@@ -21,11 +22,9 @@ Image Gradient(uint32_t width, uint32_t height) {
 }
 
 Bytes Png(Image const& image) {
-    const std::string path = testing::TempDir() + "zorvan_image.png";
-    EXPECT_EQ(WritePng(path, image), "");
-    const FileBytes file = ReadFileBytes(path, 1 << 20);
-    std::remove(path.c_str());
-    return file.bytes;
+    const TempFolder folder;
+    EXPECT_EQ(WritePng(folder / "image.png", image), "");
+    return ReadFileBytes(folder / "image.png", 1 << 20).bytes;
 }
 
 // libjpeg's image of 20x10 pixels of the colour (200, 100, 50), with another width in its header.
@@ -79,30 +78,30 @@ TEST(ImageFile, RefusesBrokenImages) {
     EXPECT_EQ(DecodeImage(Jpeg(20000), image),
               "got 20000x10 pixels, expected at most 16384 on a side and 67108864 together");
     EXPECT_EQ(image, before);
-    EXPECT_NE(WritePng(testing::TempDir(), before), "");
+    const TempFolder folder;
+    EXPECT_NE(WritePng(folder.Path(), before), "");
     for (Image const& wrong : {Image{}, Image{16384, 4097, {}}}) {
-        EXPECT_NE(WritePng(testing::TempDir() + "none.png", wrong).find("expected at most"),
-                  std::string::npos);
+        EXPECT_NE(WritePng(folder / "none.png", wrong).find("expected at most"), std::string::npos);
     }
 }
 
 class TextureFileTest : public testing::Test {
   protected:
     void SetUp() override { ASSERT_EQ(WritePng(path_, Gradient(3, 2)), ""); }
-    void TearDown() override { std::remove(path_.c_str()); }
 
     // The texture of the file with these members; its scene saves to the same bytes again.
     Texture& Load(std::string const& members) {
-        EXPECT_TRUE(scene.Parse(R"({"version": 1, "textures": [{"name": "t", "file": ")" + path_ + "\"" +
-                                    members +
-                                    R"(}], "root": {"children": [{"class": "Sprite", "texture": "t"}]}})",
-                                backend.registry))
-            << scene.Error();
+        if (!scene.Parse(R"({"version": 1, "textures": [{"name": "t", "file": ")" + path_ + "\"" + members +
+                             R"(}], "root": {"children": [{"class": "Sprite", "texture": "t"}]}})",
+                         backend.registry)) {
+            throw std::runtime_error(scene.Error());
+        }
         ExpectSavesWhatItLoads(scene, backend.registry);
         return *scene.textures[0];
     }
 
-    std::string path_ = testing::TempDir() + "zorvan_texture.png";
+    TempFolder folder_;
+    std::string path_ = folder_ / "texture.png";
     FakeBackend backend;
     Scene scene;
 };

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <fstream>
 
 #include "tests/core/fake_backend.h"
 #include "tests/core/save_load.h"
+#include "tests/temp_folder.h"
 
 namespace zorvan::test {
 namespace {
@@ -102,7 +102,8 @@ TEST_F(SceneTest, KeepsTextsAndGlyphTables) {
 }
 
 TEST_F(SceneTest, GoesToFilesAndBack) {
-    const std::string path = testing::TempDir() + "zorvan_scene.json";
+    const TempFolder folder;
+    const std::string path = folder / "scene.json";
     EXPECT_FALSE(scene.Load(path + ".missing", backend.registry));
     EXPECT_TRUE(scene.IsFileError());
     EXPECT_EQ(scene.Error(), path + ".missing: No such file or directory");
@@ -114,7 +115,6 @@ TEST_F(SceneTest, GoesToFilesAndBack) {
     EXPECT_TRUE(scene.Save(first) && scene.Load(path, backend.registry) && scene.Save(second))
         << scene.Error();
     EXPECT_EQ(second, first);
-    std::remove(path.c_str());
 }
 
 // Every fenced block of JSON in the format's description is a whole scene.

@@ -1,13 +1,12 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <filesystem>
 #include <fstream>
 #include <numeric>
 
 #include "core/font_file.h"
 #include "tests/core/fake_backend.h"
 #include "tests/core/save_load.h"
+#include "tests/temp_folder.h"
 
 namespace zorvan::test {
 namespace {
@@ -159,8 +158,7 @@ TEST_F(FontTest, RemembersLayoutsByStringAndOptions) {
 }
 
 TEST_F(FontTest, BadFilesGiveOneClearLine) {
-    const std::filesystem::path folder = testing::TempDir() + "zorvan_fonts_" + std::to_string(::getpid());
-    std::filesystem::create_directories(folder);
+    const TempFolder folder;
     const std::string damaged = folder / "font.ttf";
     std::ifstream in(kDejaVu, std::ios::binary);
     const std::string whole{std::istreambuf_iterator<char>(in), {}};
@@ -173,8 +171,8 @@ TEST_F(FontTest, BadFilesGiveOneClearLine) {
         EXPECT_EQ(error.find('\n'), error.npos) << error;
         return error;
     };
-    EXPECT_EQ(load(folder / "none.ttf", 20, ""), (folder / "none.ttf: No such file or directory").string());
-    EXPECT_EQ(load(folder, 20, ""), folder.string() + ": got a folder, expected a file");
+    EXPECT_EQ(load(folder / "none.ttf", 20, ""), folder / "none.ttf: No such file or directory");
+    EXPECT_EQ(load(folder.Path(), 20, ""), folder.Path().string() + ": got a folder, expected a file");
     EXPECT_EQ(load(kDejaVu, -3, ""),
               std::string(kDejaVu) + ": got a font size of -3, expected 1 to 512 pixels");
     EXPECT_EQ(load(damaged, 20, ""), damaged + ": got an empty file, expected a font");
@@ -183,7 +181,6 @@ TEST_F(FontTest, BadFilesGiveOneClearLine) {
         const std::string error = load(damaged, 20, whole.substr(0, whole.size() * part / 16));
         EXPECT_EQ(error.rfind(damaged + ": ", 0), part > 8 && error.empty() ? error.npos : 0) << error;
     }
-    std::filesystem::remove_all(folder);
 }
 
 TEST_F(FontTest, ScenesPrepareTheirCharacters) {

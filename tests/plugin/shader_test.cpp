@@ -4,6 +4,7 @@
 
 #include "objects/text.h"
 #include "tests/plugin/fixture.h"
+#include "tests/temp_folder.h"
 
 namespace zorvan {
 namespace {
@@ -98,13 +99,12 @@ TEST_F(ShaderTest, SourcesAreTracedAndSaved) {
     SolidFragmentShaderSource source(ListOf({29}));
     source.Trace();
     EXPECT_EQ(traces.Take(), (Lines{kBanner, source[0], source[1], source[2], kEnd}));
-    const std::filesystem::path path =
-        testing::TempDir() + "source" + std::to_string(testing::UnitTest::GetInstance()->random_seed());
+    const TempFolder folder;
+    const std::filesystem::path path = folder.Path() / "source";
     ASSERT_TRUE(source.Save(MStringT<wchar_t>(path.wstring())));
     std::ifstream file(path, std::ios::binary);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}),
               std::string(source[0]) + source[1] + source[2]);
-    std::filesystem::remove(path);
     EXPECT_FALSE(source.Save(MStringT<wchar_t>(L"/no/such/folder/source")));
     EXPECT_FALSE(source.Save(MStringT<wchar_t>(L"/dev/full")));
 }

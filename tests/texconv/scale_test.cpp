@@ -99,6 +99,12 @@ TEST(Scale, EmptyAndLargeImages) {
     const std::uint32_t wide = (1u << 24) + 3;
     TestImage destination(wide - 1, 1, FMT_A8);
     EXPECT_EQ(Convert({wide, 1, FMT_A8, Bytes(wide, 5)}, destination).back(), 5);
+    // The cubic filter's centre may round to a neighbour's, and to one outside, whose taps are the last
+    // pixel.
+    TestImage many(9000000, 1, FMT_A8, {}, Flags{.filter = 4});
+    EXPECT_EQ(Convert({9500000, 1, FMT_A8, Bytes(9500000, 128)}, many), Bytes(9000000, 128));
+    TestImage outside(6556022, 1, FMT_A8, {}, Flags{.filter = 4});
+    EXPECT_EQ(Convert({2, 1, FMT_A8, {0, 255}}, outside).back(), 255);
 }
 
 // A normal map of a luminance image.

@@ -38,6 +38,8 @@ const FailureRow kRows[] = {
     {"info no.json", 2, "no.json: No such file or directory"},
     {"bench no.json", 2, "no.json: No such file or directory"},
     {"info .", 2, ".: got a folder, expected a file"},
+    {"info 'a\nb'", 2, "a?b: No such file or directory"},
+    {"info scene.json >/dev/full", 2, "standard output: cannot write: No space left on device"},
     {"render scene.json no/a.png", 2, "no/a.png: cannot write: there is no folder 'no'"},
     {"render scene.json no/a.webm", 2, "no/a.webm: cannot write: there is no folder 'no'"},
     {"info lost.json", 3, "lost.json:1:51: /textures/0/file: no.png: No such file or directory"},

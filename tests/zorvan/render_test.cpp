@@ -251,9 +251,9 @@ TEST_F(Render, FilmsThatFailLeaveNothingBehind) {
     ExpectFailure({"render scene.json a.mp4 --frames 0..9", 2, "a.mp4: cannot write: ffmpeg: no such codec"});
     // One that takes its time: a signal breaks off the write that waits for it.
     setenv("PATH", (Path("bin") + ":" + path).c_str(), 1);
-    WriteText("bin/ffmpeg", "#!/bin/sh\nfor out; do :; done\n: >${out#file:}\nexec sleep 5\n");
+    WriteText("bin/ffmpeg", "#!/bin/sh\nfor out; do :; done\n: >${out#file:}\nexec sleep 60\n");
     EXPECT_TRUE(Shell(R"($TOOL render scene.json a.mp4 --frames 0..9 2>said & tool=$!
-        until set -- a.mp4.*; [ -e "$1" ]; do kill -0 $tool || break; sleep 0.01; done
+        until set -- .zorvan-*; [ -e "$1" ]; do kill -0 $tool || break; sleep 0.01; done
         kill $tool; wait $tool
         [ $? = 143 ] && grep -x 'zorvan: interrupted' said && rm said)"));
     setenv("PATH", path.c_str(), 1);

@@ -15,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/file_bytes.h"
 #include "tools/zorvan/interruption.h"
 
 namespace zorvan::tool {
@@ -75,7 +76,7 @@ class FilmOutput final : public FrameOutput {
   public:
     FilmOutput(std::string path, FilmFormat const& format, uint32_t framesPerSecond)
         : path_(std::move(path)),
-          part_(path_ + ".part-" + std::to_string(getpid())),
+          part_(TemporaryBeside(path_)),
           format_(format),
           framesPerSecond_(framesPerSecond),
           messages_(std::tmpfile()) {}
@@ -180,6 +181,9 @@ Failure FilmOutput::Explain() {
         for (char line[512]; std::fgets(line, sizeof line, messages_) != nullptr;) {
             line[std::strcspn(line, "\r\n")] = 0;
             reason = line[0] != 0 ? std::string("ffmpeg: ") + line : reason;
+            if (const size_t at = reason.find(part_); at != std::string::npos) {
+                reason.replace(at, part_.size(), path_);
+            }
         }
     }
     return {ExitCode::Io, path_ + ": cannot write: " + reason};

@@ -1,7 +1,11 @@
 // zorvan: renders, shows, describes and measures scene files.
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
+#include <exception>
 #include <new>
 
 #include "tools/zorvan/interruption.h"
@@ -14,7 +18,10 @@ using zorvan::tool::Failure;
 using zorvan::tool::Status;
 using zorvan::tool::Verb;
 
-int Report(ExitCode code, std::string const& message) {
+// One line, whatever the names of files hold.
+int Report(ExitCode code, std::string message) {
+    std::replace_if(
+        message.begin(), message.end(), [](unsigned char c) { return c < ' ' || c == 127; }, '?');
     std::fprintf(stderr, "zorvan: %s\n", message.c_str());
     return static_cast<int>(code);
 }
@@ -81,6 +88,12 @@ int main(int argc, char** argv) {
         code = Run(argc, argv);
     } catch (std::bad_alloc const&) {
         code = Report(ExitCode::Runtime, "out of memory");
+    } catch (std::exception const& error) {
+        code = Report(ExitCode::Runtime, error.what());
+    }
+    // What a full disk does not take shows here at the latest.
+    if ((std::fflush(stdout) != 0 || std::ferror(stdout) != 0) && code == 0) {
+        code = Report(ExitCode::Io, std::string("standard output: cannot write: ") + std::strerror(errno));
     }
     zorvan::tool::DieOfNotedSignal();
     return code;

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <vector>
 
 #include "core/text.h"
@@ -26,7 +27,11 @@ std::vector<fs::path> FontFolders() {
     if (char const* home = std::getenv("HOME"); home != nullptr) {
         folders = {fs::path(home) / ".local/share/fonts", fs::path(home) / ".fonts"};
     }
-    folders.insert(folders.end(), {"/usr/local/share/fonts", "/usr/share/fonts"});
+    char const* data = std::getenv("XDG_DATA_DIRS");
+    std::istringstream shared(data == nullptr || *data == 0 ? "/usr/local/share:/usr/share" : data);
+    for (std::string folder; std::getline(shared, folder, ':');) {
+        folders.push_back(fs::path(folder) / "fonts");
+    }
     return folders;
 }
 
@@ -66,6 +71,9 @@ std::unique_ptr<Overlay> Overlay::Create(Stage& stage, std::string const& fontPa
 }
 
 bool Overlay::Load(std::string const& fontPath) {
+    if (fontPath.empty()) {
+        return false;
+    }
     nlohmann::json scene = nlohmann::json::parse(kScene);
     // No absolute path is joined to a folder.
     scene["fonts"] = {{{"name", "font"}, {"file", fs::absolute(fontPath)}, {"size", 14}}};

@@ -1,5 +1,6 @@
 #include "tools/zorvan/view.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
