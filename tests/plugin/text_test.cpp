@@ -210,6 +210,11 @@ TEST_F(BracketTest, UnusablePrograms) {
     sprite->SetGLShader(nullptr);
     text->SetGLShader(nullptr);
     EXPECT_EQ(broken->references, 1);
+    script.linkError.reset();
+    Update(*text);
+    const std::string usable = Draw(*text);
+    EXPECT_NE(usable.find("UseProgram"), std::string::npos);
+    EXPECT_EQ(usable.find("Masks"), std::string::npos);
 }
 
 }  // namespace
