@@ -3,12 +3,15 @@
 #include "tools/qonvert/transform.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
+#include <atomic>
 #include <cmath>
 
 #include "tests/qonvert/samples.h"
 #include "tools/qonvert/difference.h"
 #include "tools/qonvert/format_names.h"
+#include "tools/qonvert/parallel.h"
 
 namespace qonvert {
 namespace {
@@ -110,6 +113,18 @@ TEST(Transform, CopiesWhatNeedsNoChange) {
         recipe.levels = 1;
         EXPECT_EQ(Transform(source, recipe).texture.levels, std::vector<Bytes>{source.levels.front()});
     }
+}
+
+TEST(ParallelFor, DoesAllWithoutThreadsThatCannotBeMade) {
+    pthread_attr_t usual, impossible;
+    pthread_getattr_default_np(&usual);
+    pthread_attr_init(&impossible);
+    ASSERT_EQ(pthread_attr_setstacksize(&impossible, SIZE_MAX / 4 & ~std::size_t{0xFFFF}), 0);
+    ASSERT_EQ(pthread_setattr_default_np(&impossible), 0);
+    std::atomic<int> done{0};
+    EXPECT_NO_THROW(ParallelFor(9, 4, [&](std::size_t) { ++done; }));
+    pthread_setattr_default_np(&usual);
+    EXPECT_EQ(done, 9);
 }
 
 TEST(Difference, FollowsTheFormula) {

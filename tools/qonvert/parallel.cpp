@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -22,7 +23,11 @@ void ParallelFor(std::size_t count, unsigned threads, const std::function<void(s
     };
     std::vector<std::jthread> others;
     for (std::size_t i = 1; i < std::min<std::size_t>(threads, count); ++i) {
-        others.emplace_back(run);
+        try {
+            others.emplace_back(run);
+        } catch (const std::system_error&) {
+            break;  // the machine gives no more; those that run do the work
+        }
     }
     run();
     others.clear();
