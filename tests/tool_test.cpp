@@ -50,7 +50,7 @@ std::string ToolTest::Read(const std::string& name) const {
 std::vector<std::string> ToolTest::Names() const {
     std::vector<std::string> names;
     for (const auto& entry : fs::recursive_directory_iterator(folder_)) {
-        names.push_back(fs::relative(entry.path(), folder_));
+        names.push_back(entry.path().lexically_relative(folder_));
     }
     std::sort(names.begin(), names.end());
     return names;

@@ -25,7 +25,7 @@ class Failure : public QonvertTest {
         Write("empty.png", Bytes{});
         Write("lost.txt", std::string("no.png\n"));
         Write("px.raw", Noise(30, 5));
-        std::filesystem::create_directory(Path("locked"));
+        std::filesystem::create_symlink("loop.ktx", Path("loop.ktx"));
     }
 };
 
@@ -42,6 +42,9 @@ const std::string kImpossible = " is not possible; sides are 1 to 65536, and its
 const std::string kOneTable =
     "a.png: ktx holds one colour table for all levels, and these levels differ in theirs; write one level, "
     "or dds or raw in another format";
+
+const std::string kLong = "convert a.png " + std::string(300, 'n') + ".ktx";
+const std::string kTooLong = std::string(300, 'n') + ".ktx: File name too long";
 
 const FailureRow kRows[] = {
     // Usage.
@@ -89,6 +92,9 @@ const FailureRow kRows[] = {
     {"convert a.png taken.png", 2, "taken.png: exists; --overwrite replaces it"},
     {"convert a.png nowhere/b.ktx", 2, "nowhere/b.ktx: No such file or directory"},
     {"convert a.png etc.ktx/b.ktx", 2, "etc.ktx/b.ktx: Not a directory"},
+    {"convert a.png loop.ktx", 2, "loop.ktx: Too many levels of symbolic links"},
+    {"convert a.png loop.ktx --overwrite", 2, "loop.ktx: Too many levels of symbolic links"},
+    {kLong.c_str(), 2, kTooLong},
     {"convert @none.txt --out-dir new", 2, "none.txt: No such file or directory"},
     {"convert @lost.txt --out-dir sub", 2, "no.png: No such file or directory"},
     {"convert a.png --out-dir etc.ktx", 2, "etc.ktx: Not a directory"},

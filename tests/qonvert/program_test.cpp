@@ -175,6 +175,14 @@ TEST_F(Program, WrittenFilesHaveThePermissionsOfNewFiles) {
     EXPECT_TRUE(Shell("umask 027 && $TOOL convert a.png b.ktx && [ $(stat -c %a b.ktx) = 640 ]"));
 }
 
+TEST_F(Program, NamesMayBeAsLongAsTheFileSystemAllows) {
+    WritePicture("a.png", 4, 4);
+    const std::string name = std::string(251, 'n') + ".ktx";
+    EXPECT_EQ(Run("convert a.png " + name).code, 0);
+    EXPECT_EQ(Run("convert " + name + " --out-dir out --container pkm").code, 0);
+    EXPECT_EQ(Names().size(), 4u);
+}
+
 TEST_F(Program, BytesTellTheContainerOfAMisnamedFile) {
     WritePicture("a.png", 4, 4);
     EXPECT_TRUE(Shell("mv a.png a.dds"));
@@ -195,9 +203,9 @@ TEST_F(Program, DefaultFormatIsTheNearestThatTheContainerCarries) {
 TEST_F(Program, ASignalAmidWritingLeavesNothingBehind) {
     // 64 MB, which take a while; the signal comes when the temporary file is there.
     EXPECT_TRUE(Shell(R"(head -c 67108864 /dev/zero >big.raw
-        for try in 1 2 3 4 5 6 7 8 9; do
+        for try in $(seq 99); do
             rm -f out.raw; $TOOL convert big.raw out.raw --raw 8192x8192:l8 & tool=$!
-            until set -- out.raw.*; [ -e "$1" ]; do kill -0 $tool || break; done
+            until set -- .qonvert-*; [ -e "$1" ]; do kill -0 $tool || break; done
             kill $tool; wait $tool; code=$?
             [ $code = 143 ] && break
         done

@@ -141,6 +141,16 @@ std::vector<Job> JobsIntoDirectory(const std::vector<std::string>& inputs, const
     return jobs;
 }
 
+// False where there is nothing. Throws ToolError (I/O) where nothing can be.
+bool IsDirectory(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::file_type type = std::filesystem::status(path, error).type();
+    if (type == std::filesystem::file_type::none) {
+        throw ToolError(ExitCode::kIo, path + ": " + error.message());
+    }
+    return type == std::filesystem::file_type::directory;
+}
+
 }  // namespace
 
 void Scale::Apply(std::uint32_t sourceWidth, std::uint32_t sourceHeight, std::uint32_t& toWidth,
@@ -232,7 +242,7 @@ ConvertOptions ResolveOptions(const ConvertArguments& arguments) {
 std::vector<Job> ResolveJobs(const ConvertArguments& arguments, const ConvertOptions& options) {
     std::vector<std::string> paths = arguments.paths;
     std::string directory = arguments.outDir;
-    if (directory.empty() && paths.size() > 1 && std::filesystem::is_directory(paths.back())) {
+    if (directory.empty() && paths.size() > 1 && IsDirectory(paths.back())) {
         directory = paths.back();
         paths.pop_back();
     }

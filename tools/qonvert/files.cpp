@@ -15,8 +15,8 @@ namespace qonvert {
 
 namespace {
 
-// No container holds a texture that is larger.
-constexpr std::uint64_t kMaxFileBytes = std::uint64_t{1} << 31;
+// More than any file that the tool writes: less than 4 GiB of pixels, and their mip levels, a third of that.
+constexpr std::uint64_t kMaxFileBytes = std::uint64_t{6} << 30;
 constexpr std::size_t kPiece = std::size_t{1} << 20;
 
 [[noreturn]] void FailIo(const std::string& path, const std::string& why) {
@@ -51,7 +51,7 @@ Bytes ReadAll(int descriptor, const std::string& path) {
             return bytes;
         }
         if (bytes.size() > kMaxFileBytes) {
-            FailIo(path, "larger than 2 GiB");
+            FailIo(path, "larger than 6 GiB");
         }
     }
 }
@@ -71,10 +71,12 @@ void WriteAll(int descriptor, ByteSpan bytes, const std::string& path) {
 class Temporary {
   public:
     explicit Temporary(const std::string& target) : target_(target) {
-        // Told apart from those of other processes and threads.
+        // A name of its own, since the target's may be as long as names can be; told apart from those of
+        // other processes and threads.
+        const std::string folder = target.substr(0, target.rfind('/') + 1);
         static std::atomic<unsigned> count{0};
         do {
-            name_ = target + "." + std::to_string(getpid()) + "-" + std::to_string(count++) + ".tmp";
+            name_ = folder + ".qonvert-" + std::to_string(getpid()) + "-" + std::to_string(count++) + ".tmp";
         } while (!BeginUnfinished(name_, [this] { return Create(); }) && errno == EEXIST);
         if (descriptor_ < 0) {
             FailIo(target, std::strerror(errno));
@@ -141,7 +143,13 @@ Bytes ReadFile(const std::string& path) {
 
 void CheckWritable(const std::string& path, bool overwrite) {
     struct stat status {};
-    if (IsStandardStream(path) || stat(path.c_str(), &status) != 0) {
+    if (IsStandardStream(path)) {
+        return;
+    }
+    if (stat(path.c_str(), &status) != 0) {
+        if (errno != ENOENT) {
+            FailIo(path, std::strerror(errno));
+        }
         return;
     }
     if (S_ISDIR(status.st_mode)) {

@@ -14,7 +14,7 @@ inline bool IsStandardStream(const std::string& path) {
 // Throws ToolError (I/O) when the file cannot be read.
 Bytes ReadFile(const std::string& path);
 
-// Throws ToolError (I/O) when `path` exists and may not be replaced.
+// Throws ToolError (I/O) when `path` exists and may not be replaced, or cannot be a file's.
 void CheckWritable(const std::string& path, bool overwrite);
 
 // Writes a temporary file beside `path` and renames it, so that there is the whole file or none; see
