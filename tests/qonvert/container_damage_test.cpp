@@ -205,5 +205,22 @@ TEST(DamagedFile, OddButReadableFilesAreNoted) {
     }
 }
 
+TEST(DamagedFile, FindingsAreFewAndShort) {
+    Bytes pair = {215, 0, 0, 0};  // bytes of a key, its NUL, 199 bytes of value and a NUL
+    for (const char c : "KTXorientation" + std::string(1, '\0') + std::string(199, 'v')) {
+        pair.push_back(static_cast<std::uint8_t>(c));
+    }
+    pair.resize(220);
+    Bytes file = Sample("ktx", FMT_RGB888);
+    PatchWord(file, 60, 28 + 1000 * 220);
+    for (int i = 0; i < 1000; ++i) {
+        file.insert(file.begin() + 64, pair.begin(), pair.end());
+    }
+    Findings findings;
+    EXPECT_EQ(FindContainer("ktx")->read(file, {}, findings).origin, Origin::kTopLeft);
+    ASSERT_EQ(findings.size(), 20u);
+    EXPECT_EQ(findings[0].got, std::string(80, 'v') + "...");
+}
+
 }  // namespace
 }  // namespace qonvert

@@ -73,8 +73,8 @@ inline void Append(Bytes& out, ByteSpan part) {
 // Notes bytes that lie behind the last level.
 inline void NoteTrailingBytes(const ByteReader& reader, Findings& findings) {
     if (reader.remaining() != 0) {
-        findings.push_back({FindingNumber::kTrailingBytes, "bytes after the last level",
-                            std::to_string(reader.remaining()), "0"});
+        Note(findings, FindingNumber::kTrailingBytes, "bytes after the last level",
+             std::to_string(reader.remaining()), "0");
     }
 }
 

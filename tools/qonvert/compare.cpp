@@ -1,7 +1,9 @@
 // qonvert compare: how much two textures differ.
 #include <CLI/CLI.hpp>
+#include <cmath>
 #include <iostream>
 #include <memory>
+#include <new>
 #include <nlohmann/json.hpp>
 #include <optional>
 
@@ -33,7 +35,7 @@ LoadedTexture Load(const std::string& path, const CompareOptions& options, const
     Findings findings;
     LoadedTexture loaded = LoadTexture(path, "", read, findings);
     for (const Finding& finding : findings) {
-        session.Warn(ShownPath(path) + ": " + finding.Describe());
+        session.Warn(InputName(path) + ": " + finding.Describe());
     }
     return loaded;
 }
@@ -63,9 +65,12 @@ ExitCode ReportSizes(const Session& session, const TextureFile& a, const Texture
     return ExitCode::kDiffers;
 }
 
-ExitCode RunCompare(Session& session, const CompareOptions& options) {
+ExitCode RunCompare(Session& session, const CompareOptions& options) try {
     if (IsStandardStream(options.a) && IsStandardStream(options.b)) {
         throw ToolError(ExitCode::kUsage, "only one of the files can be standard input");
+    }
+    if (options.minPsnr && std::isnan(*options.minPsnr)) {
+        throw ToolError(ExitCode::kUsage, "--min-psnr takes a number of dB; got nan");
     }
     session.streamsData = IsStandardStream(options.diff);
     if (!options.diff.empty()) {
@@ -93,6 +98,9 @@ ExitCode RunCompare(Session& session, const CompareOptions& options) {
         }
     }
     return good ? ExitCode::kOk : ExitCode::kDiffers;
+} catch (const std::bad_alloc&) {
+    throw ToolError(ExitCode::kRuntime,
+                    InputName(options.a) + ", " + InputName(options.b) + ": out of memory");
 }
 
 }  // namespace

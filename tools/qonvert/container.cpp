@@ -26,24 +26,27 @@ bool JpegCarries(std::uint32_t, const WriteOptions&) {
 
 const std::vector<Container>& Table() {
     static const std::vector<Container> table = {
-        {"png",
-         "PNG, 8 and 16 bits per channel",
-         {"png"},
-         false,
-         false,
-         IsPng,
-         PngCarries,
-         ReadPng,
-         WritePng},
+        {"png", {"png"}, false, false, IsPng, PngCarries, ReadPng, WritePng},
 #ifdef QONVERT_JPEG
-        {"jpeg", "JPEG, input only", {"jpg", "jpeg"}, false, false, IsJpeg, JpegCarries, ReadJpeg, nullptr},
+        {"jpeg", {"jpg", "jpeg"}, false, false, IsJpeg, JpegCarries, ReadJpeg, nullptr},
 #endif
-        {"ktx", "KTX version 1", {"ktx"}, true, true, IsKtx1, Ktx1Carries, ReadKtx1, WriteKtx1},
-        {"dds", "DirectDraw surface", {"dds"}, true, false, IsDds, DdsCarries, ReadDds, WriteDds},
-        {"pkm", "PKM, ETC1 only", {"pkm"}, false, false, IsPkm, PkmCarries, ReadPkm, WritePkm},
-        {"raw", "pixels without a header", {"raw"}, true, false, IsRaw, RawCarries, ReadRaw, WriteRaw},
+        {"ktx", {"ktx"}, true, true, IsKtx1, Ktx1Carries, ReadKtx1, WriteKtx1},
+        {"dds", {"dds"}, true, false, IsDds, DdsCarries, ReadDds, WriteDds},
+        {"pkm", {"pkm"}, false, false, IsPkm, PkmCarries, ReadPkm, WritePkm},
+        {"raw", {"raw"}, true, false, IsRaw, RawCarries, ReadRaw, WriteRaw},
     };
     return table;
+}
+
+template <typename Fits>
+std::string NamesOf(Fits fits) {
+    std::string names;
+    for (const Container& container : Table()) {
+        if (fits(container)) {
+            names += (names.empty() ? "" : ", ") + std::string(container.name);
+        }
+    }
+    return names;
 }
 
 std::string LowerCase(std::string_view text) {
@@ -71,6 +74,15 @@ const Container* FindContainer(std::string_view nameOrExtension) {
     return nullptr;
 }
 
+const Container& NamedContainer(std::string_view nameOrExtension) {
+    const Container* container = FindContainer(nameOrExtension);
+    if (container == nullptr) {
+        throw ToolError(ExitCode::kUsage, "no container is called \"" + std::string(nameOrExtension) +
+                                              "\"; there are " + ContainerNames());
+    }
+    return *container;
+}
+
 const Container* ContainerOfPath(std::string_view path) {
     const std::size_t slash = path.find_last_of('/');
     const std::string_view name = slash == std::string_view::npos ? path : path.substr(slash + 1);
@@ -87,14 +99,12 @@ const Container* ContainerOfBytes(ByteSpan bytes) {
     return nullptr;
 }
 
+std::string ContainerNames() {
+    return NamesOf([](const Container&) { return true; });
+}
+
 std::string ContainersThatCarry(std::uint32_t format, const WriteOptions& options) {
-    std::string names;
-    for (const Container& container : Table()) {
-        if (container.carries(format, options)) {
-            names += (names.empty() ? "" : ", ") + std::string(container.name);
-        }
-    }
-    return names;
+    return NamesOf([&](const Container& container) { return container.carries(format, options); });
 }
 
 void CheckCarries(const Container& container, std::uint32_t format, const WriteOptions& options) {

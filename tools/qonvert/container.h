@@ -37,7 +37,6 @@ struct WriteOptions {
 
 struct Container {
     std::string_view name;
-    std::string_view description;
     std::vector<std::string_view> extensions;  // lower case, without the dot
     bool levels;                               // holds more than one mip level
     bool origin;                               // records where the first row lies
@@ -53,12 +52,15 @@ std::span<const Container> Containers();
 
 // By name or extension, without regard to case; null when there is none.
 const Container* FindContainer(std::string_view nameOrExtension);
+// The same; throws ToolError (usage), with the list of containers, when there is none.
+const Container& NamedContainer(std::string_view nameOrExtension);
 // By the extension of a path; null when it has none or an unknown one.
 const Container* ContainerOfPath(std::string_view path);
 // By the first bytes; null when none recognises them.
 const Container* ContainerOfBytes(ByteSpan bytes);
 
-// "ktx, dds, raw": those that can carry a format.
+// "png, ktx, dds": all of them, and those that can carry a format.
+std::string ContainerNames();
 std::string ContainersThatCarry(std::uint32_t format, const WriteOptions& options);
 
 // Refuses a texture that the container cannot carry, with the list of those that can.

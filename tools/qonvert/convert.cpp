@@ -65,7 +65,7 @@ void PrintText(const Session& session, const Job& job, const Outcome& outcome) {
     if (outcome.skipped || outcome.code != ExitCode::kOk) {
         return;
     }
-    session.text() << job.in << " -> " << job.out << ": " << FormatName(outcome.format) << ", "
+    session.text() << Printable(job.in + " -> " + job.out) << ": " << FormatName(outcome.format) << ", "
                    << outcome.width << " x " << outcome.height << ", " << outcome.levels
                    << (outcome.levels == 1 ? " level, " : " levels, ") << outcome.bytes << " bytes\n";
     if (outcome.report) {
@@ -82,7 +82,7 @@ ExitCode PrintOutcomes(const Session& session, const std::vector<Job>& jobs,
     for (std::size_t i = 0; i < jobs.size(); ++i) {
         const Outcome& outcome = outcomes[i];
         for (const std::string& warning : outcome.warnings) {
-            session.Warn(ShownPath(jobs[i].in) + ": " + warning);
+            session.Warn(InputName(jobs[i].in) + ": " + warning);
         }
         if (!outcome.error.empty()) {
             session.Warn(outcome.error);

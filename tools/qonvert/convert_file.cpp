@@ -134,8 +134,8 @@ void Convert(const Job& job, const ConvertOptions& options, unsigned threads, Ou
 
 // Errors of reading name the file already.
 std::string Named(const std::string& message, const Job& job) {
-    const std::string in = IsStandardStream(job.in) ? "standard input" : job.in;
-    const std::string out = IsStandardStream(job.out) ? "standard output" : job.out;
+    const std::string in = InputName(job.in);
+    const std::string out = OutputName(job.out);
     const bool named = message.starts_with(in + ": ") || message.starts_with(out + ": ");
     return named ? message : in + ": " + message;
 }

@@ -210,10 +210,7 @@ ConvertOptions ResolveOptions(const ConvertArguments& arguments) {
         options.format = ParseFormat(arguments.format);
     }
     if (!arguments.container.empty()) {
-        options.container = FindContainer(arguments.container);
-        if (options.container == nullptr) {
-            Misuse("no container is called \"" + arguments.container + "\"");
-        }
+        options.container = &NamedContainer(arguments.container);
     }
     if (!arguments.scale.empty()) {
         options.scale = ParseScale(arguments.scale);
@@ -260,8 +257,7 @@ std::vector<Job> ResolveJobs(const ConvertArguments& arguments, const ConvertOpt
                "; --out-dir takes several");
     }
     if (options.container == nullptr && ContainerOfPath(out) == nullptr) {
-        Misuse((IsStandardStream(out) ? "standard output" : out) +
-               " names no container; --container does, with png, ktx, dds, pkm or raw");
+        Misuse(OutputName(out) + " names no container; --container does, with png, ktx, dds, pkm or raw");
     }
     return {{paths.front(), out}};
 }

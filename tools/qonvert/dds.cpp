@@ -57,12 +57,8 @@ struct Layout {
     std::optional<ChannelMasks> masks;  // of a plain layout that no format has
 };
 
-std::string FourCcText(std::uint32_t word) {
-    std::string text = "\"";
-    for (unsigned i = 0; i < 4; ++i) {
-        text += static_cast<char>(word >> (8 * i));
-    }
-    return text + "\"";
+std::string Quoted(std::uint32_t fourCc) {
+    return '"' + FourCcText(fourCc) + '"';
 }
 
 Header ReadHeader(ByteReader& reader) {
@@ -122,10 +118,10 @@ Layout LayoutOfDxgi(ByteReader& reader) {
 Layout LayoutOfFourCc(std::uint32_t fourCc) {
     for (const DdsFourCc& row : kDdsFourCcs) {
         if (row.fourCc == fourCc) {
-            return {row.code, row.code, FourCcText(fourCc), row.change, {}};
+            return {row.code, row.code, Quoted(fourCc), row.change, {}};
         }
     }
-    Reject(FindingNumber::kUnsupportedFormat, "ddspf.dwFourCC", FourCcText(fourCc),
+    Reject(FindingNumber::kUnsupportedFormat, "ddspf.dwFourCC", Quoted(fourCc),
            "one of those that \"qonvert formats\" lists for dds");
 }
 
@@ -288,8 +284,8 @@ TextureFile ReadDds(ByteSpan bytes, const ReadOptions&, Findings& findings) {
     CheckLevelCount(levels, header.width, header.height);
     const std::uint32_t expected = PitchOrSize(layout.fileCode, header.width, header.height);
     if ((header.flags & (kFlagPitch | kFlagLinearSize)) != 0 && header.pitchOrSize != expected) {
-        findings.push_back({FindingNumber::kOddHeaderField, "dwPitchOrLinearSize",
-                            std::to_string(header.pitchOrSize), std::to_string(expected)});
+        Note(findings, FindingNumber::kOddHeaderField, "dwPitchOrLinearSize",
+             std::to_string(header.pitchOrSize), std::to_string(expected));
     }
 
     TextureFile texture;

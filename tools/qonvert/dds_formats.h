@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "texconv/qonvert.h"
 #include "tools/qonvert/container.h"
@@ -15,6 +16,15 @@ constexpr std::uint32_t FourCc(const char (&text)[5]) {
         word |= std::uint32_t{static_cast<unsigned char>(text[i])} << (8 * i);
     }
     return word;
+}
+
+// Its four letters.
+inline std::string FourCcText(std::uint32_t word) {
+    std::string text;
+    for (unsigned i = 0; i < 4; ++i) {
+        text += static_cast<char>(word >> (8 * i));
+    }
+    return text;
 }
 
 struct DdsFourCc {

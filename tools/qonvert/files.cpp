@@ -132,7 +132,7 @@ class Temporary {
 
 Bytes ReadFile(const std::string& path) {
     if (IsStandardStream(path)) {
-        return ReadAll(STDIN_FILENO, "standard input");
+        return ReadAll(STDIN_FILENO, InputName(path));
     }
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (file.number < 0) {
@@ -163,9 +163,9 @@ void CheckWritable(const std::string& path, bool overwrite) {
 void WriteFile(const std::string& path, ByteSpan bytes, bool overwrite) {
     if (IsStandardStream(path)) {
         if (isatty(STDOUT_FILENO) != 0) {
-            throw ToolError(ExitCode::kUsage, "standard output is a terminal, expected a file or a pipe");
+            throw ToolError(ExitCode::kUsage, OutputName(path) + " is a terminal, expected a file or a pipe");
         }
-        WriteAll(STDOUT_FILENO, bytes, "standard output");
+        WriteAll(STDOUT_FILENO, bytes, OutputName(path));
         return;
     }
     CheckWritable(path, overwrite);

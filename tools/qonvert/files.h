@@ -11,6 +11,14 @@ inline bool IsStandardStream(const std::string& path) {
     return path == "-";
 }
 
+// What messages call an input or an output.
+inline std::string InputName(const std::string& path) {
+    return IsStandardStream(path) ? "standard input" : path;
+}
+inline std::string OutputName(const std::string& path) {
+    return IsStandardStream(path) ? "standard output" : path;
+}
+
 // Throws ToolError (I/O) when the file cannot be read.
 Bytes ReadFile(const std::string& path);
 

@@ -4,22 +4,38 @@
 
 namespace qonvert {
 
+namespace {
+
+constexpr std::size_t kMostWarnings = 20;
+constexpr std::size_t kMostValueBytes = 80;
+
+std::string Cut(std::string value) {
+    if (value.size() > kMostValueBytes) {
+        value.replace(kMostValueBytes, std::string::npos, "...");
+    }
+    return value;
+}
+
+}  // namespace
+
 std::string Finding::Describe() const {
     std::string line = severity() == Severity::kError ? "error " : "warning ";
     line += std::to_string(static_cast<int>(number)) + ": " + subject + ": got " + got;
     if (!expected.empty()) {
         line += ", expected " + expected;
     }
-    for (char& c : line) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) {
-            c = '?';
-        }
-    }
     return line;
 }
 
+void Note(Findings& findings, FindingNumber number, std::string subject, std::string got,
+          std::string expected) {
+    if (findings.size() < kMostWarnings) {
+        findings.push_back({number, std::move(subject), Cut(std::move(got)), std::move(expected)});
+    }
+}
+
 void Reject(FindingNumber number, std::string subject, std::string got, std::string expected) {
-    throw FileError({number, std::move(subject), std::move(got), std::move(expected)});
+    throw FileError({number, std::move(subject), Cut(std::move(got)), std::move(expected)});
 }
 
 std::string Hex(std::uint32_t word) {

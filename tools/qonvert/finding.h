@@ -48,7 +48,7 @@ enum class FindingNumber : int {
 struct Finding {
     FindingNumber number;
     std::string subject;
-    std::string got;
+    std::string got;  // long values are cut
     std::string expected;
 
     Severity severity() const {
@@ -57,7 +57,7 @@ struct Finding {
     ExitCode exitCode() const {
         return static_cast<int>(number) >= 200 ? ExitCode::kUnsupported : ExitCode::kBadFile;
     }
-    // "error 106: size of level 0: got 12, expected 64", one line.
+    // "error 106: size of level 0: got 12, expected 64".
     std::string Describe() const;
 };
 
@@ -83,6 +83,10 @@ class FileError : public ToolError {
   private:
     Finding finding_;
 };
+
+// Adds a warning, unless there are very many already.
+void Note(Findings& findings, FindingNumber number, std::string subject, std::string got,
+          std::string expected);
 
 // Throws a FileError.
 [[noreturn]] void Reject(FindingNumber number, std::string subject, std::string got, std::string expected);

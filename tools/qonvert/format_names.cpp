@@ -22,11 +22,9 @@ std::string Upper(std::string_view text) {
     return upper;
 }
 
+// Without the blanks that pad it.
 std::string FourCcName(std::uint32_t word) {
-    std::string name;
-    for (unsigned i = 0; i < 4; ++i) {
-        name += static_cast<char>(word >> (8 * i));
-    }
+    std::string name = FourCcText(word);
     name.erase(name.find_last_not_of(' ') + 1);
     return name;
 }

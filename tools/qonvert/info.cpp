@@ -4,6 +4,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "tools/qonvert/files.h"
 #include "tools/qonvert/format_names.h"
 #include "tools/qonvert/load.h"
 #include "tools/qonvert/verbs.h"
@@ -54,7 +55,7 @@ nlohmann::ordered_json ToJson(const std::string& path, const LoadedTexture& load
 void PrintText(std::ostream& out, const std::string& path, const LoadedTexture& loaded,
                const Findings& findings) {
     const TextureFile& texture = loaded.texture;
-    out << path << '\n'
+    out << Printable(path) << '\n'
         << "  container  " << loaded.container->name << " (" << texture.encoding << ")\n"
         << "  format     " << FormatName(texture.format) << '\n'
         << "  size       " << texture.width << " x " << texture.height << '\n'
@@ -65,7 +66,7 @@ void PrintText(std::ostream& out, const std::string& path, const LoadedTexture& 
             << LevelSide(texture.height, i) << ", " << texture.levels[i].size() << " bytes\n";
     }
     for (const Finding& finding : findings) {
-        out << "  " << finding.Describe() << '\n';
+        out << "  " << Printable(finding.Describe()) << '\n';
     }
 }
 
@@ -78,9 +79,9 @@ ExitCode RunInfo(const Session& session, const InfoOptions& options) {
     Findings findings;
     const LoadedTexture loaded = LoadTexture(options.file, options.container, read, findings);
     if (session.json) {
-        session.Print(ToJson(ShownPath(options.file), loaded, findings));
+        session.Print(ToJson(InputName(options.file), loaded, findings));
     } else {
-        PrintText(session.text(), ShownPath(options.file), loaded, findings);
+        PrintText(session.text(), InputName(options.file), loaded, findings);
     }
     return ExitCode::kOk;
 }

@@ -100,12 +100,12 @@ void CheckFormatFields(const Header& header, const KtxFormat& row, Findings& fin
                std::to_string(row.typeSize));
     }
     if (header.internalFormat != row.internalFormat && header.internalFormat != header.layout) {
-        findings.push_back({FindingNumber::kOddHeaderField, "glInternalFormat", Hex(header.internalFormat),
-                            Hex(row.internalFormat)});
+        Note(findings, FindingNumber::kOddHeaderField, "glInternalFormat", Hex(header.internalFormat),
+             Hex(row.internalFormat));
     }
     if (header.base != row.base) {
-        findings.push_back(
-            {FindingNumber::kOddHeaderField, "glBaseInternalFormat", Hex(header.base), Hex(row.base)});
+        Note(findings, FindingNumber::kOddHeaderField, "glBaseInternalFormat", Hex(header.base),
+             Hex(row.base));
     }
 }
 
@@ -113,8 +113,8 @@ Origin ParseOrientation(std::string_view value, Findings& findings) {
     const bool down = value.starts_with("S=r,T=d");
     const bool up = value.starts_with("S=r,T=u");
     if (!down && !up) {
-        findings.push_back(
-            {FindingNumber::kOddKeyValue, "KTXorientation", std::string(value), "S=r,T=d or S=r,T=u"});
+        Note(findings, FindingNumber::kOddKeyValue, "KTXorientation", std::string(value),
+             "S=r,T=d or S=r,T=u");
         return Origin::kUnstated;
     }
     return up ? Origin::kBottomLeft : Origin::kTopLeft;
@@ -277,8 +277,8 @@ TextureFile ReadKtx1(ByteSpan bytes, const ReadOptions&, Findings& findings) {
     const KtxFormat& row = FindRow(header);
     CheckFormatFields(header, row, findings);
     if (header.levels == 0) {
-        findings.push_back({FindingNumber::kGeneratedLevels, "numberOfMipmapLevels", "0",
-                            "the number of levels in the file; the first is read"});
+        Note(findings, FindingNumber::kGeneratedLevels, "numberOfMipmapLevels", "0",
+             "the number of levels in the file; the first is read");
     }
     const std::uint32_t levels = std::max(header.levels, 1u);
     CheckLevelCount(levels, header.width, header.height);

@@ -1,5 +1,7 @@
 #include "tools/qonvert/load.h"
 
+#include <new>
+
 #include "tools/qonvert/files.h"
 #include "tools/qonvert/format_names.h"
 #include "tools/qonvert/parse.h"
@@ -19,11 +21,7 @@ void ParseRaw(const std::string& text, ReadOptions& options) {
 const Container& InputContainer(const std::string& path, const std::string& named, ByteSpan bytes,
                                 const ReadOptions& options, Findings& findings) {
     if (!named.empty()) {
-        const Container* container = FindContainer(named);
-        if (container == nullptr) {
-            throw ToolError(ExitCode::kUsage, "no container is called \"" + named + "\"");
-        }
-        return *container;
+        return NamedContainer(named);
     }
     const Container& raw = *FindContainer("raw");
     const Container* byPath = ContainerOfPath(path);
@@ -32,23 +30,19 @@ const Container& InputContainer(const std::string& path, const std::string& name
     }
     const Container* byBytes = ContainerOfBytes(bytes);
     if (byPath != nullptr && byBytes != nullptr && byPath != byBytes) {
-        findings.push_back({FindingNumber::kOtherContainer, "first bytes", std::string(byBytes->name),
-                            std::string(byPath->name) + " by the file's name"});
+        Note(findings, FindingNumber::kOtherContainer, "first bytes", std::string(byBytes->name),
+             std::string(byPath->name) + " by the file's name");
     }
     if (byBytes != nullptr || byPath != nullptr) {
         return byBytes != nullptr ? *byBytes : *byPath;
     }
-    std::string names;
-    for (const Container& container : Containers()) {
-        names += (names.empty() ? "" : ", ") + std::string(container.name);
-    }
-    Reject(FindingNumber::kUnknownContainer, "container", "unknown first bytes", "one of " + names);
+    Reject(FindingNumber::kUnknownContainer, "container", "unknown first bytes",
+           "one of " + ContainerNames());
 }
 
 LoadedTexture LoadTexture(const std::string& path, const std::string& named, const ReadOptions& options,
-                          Findings& findings) {
+                          Findings& findings) try {
     const Bytes bytes = ReadFile(path);
-    const std::string shown = IsStandardStream(path) ? "standard input" : path;
     try {
         LoadedTexture loaded;
         loaded.container = &InputContainer(path, named, bytes, options, findings);
@@ -56,8 +50,10 @@ LoadedTexture LoadTexture(const std::string& path, const std::string& named, con
         loaded.fileBytes = bytes.size();
         return loaded;
     } catch (const ToolError& error) {
-        throw ToolError(error.code(), shown + ": " + error.what());
+        throw ToolError(error.code(), InputName(path) + ": " + error.what());
     }
+} catch (const std::bad_alloc&) {
+    throw ToolError(ExitCode::kRuntime, InputName(path) + ": out of memory");
 }
 
 }  // namespace qonvert

@@ -22,14 +22,6 @@ ExitCode Fail(const Session& session, ExitCode code, const std::string& message)
     return code;
 }
 
-// One line of a text.
-std::string OneLine(std::string text) {
-    for (char& c : text) {
-        c = c == '\n' ? ' ' : c;
-    }
-    return text;
-}
-
 bool IsNumber(const std::string& word) {
     return !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
 }
@@ -91,7 +83,7 @@ ExitCode Run(int argc, char** argv, Session& session) {
             program.exit(error);
             return ExitCode::kOk;
         }
-        return Fail(session, ExitCode::kUsage, OneLine(error.what()) + " (--help shows how)");
+        return Fail(session, ExitCode::kUsage, std::string(error.what()) + " (--help shows how)");
     }
     return session.run();
 }
@@ -111,7 +103,7 @@ int main(int argc, char** argv) {
     } catch (const std::bad_alloc&) {
         code = Fail(session, ExitCode::kRuntime, "out of memory");
     } catch (const std::exception& error) {
-        code = Fail(session, ExitCode::kRuntime, OneLine(error.what()));
+        code = Fail(session, ExitCode::kRuntime, error.what());
     }
     std::cout.flush();
     if (!std::cout && code == ExitCode::kOk) {

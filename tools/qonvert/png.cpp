@@ -3,6 +3,7 @@
 #include <bit>
 #include <csetjmp>
 #include <cstring>
+#include <new>
 
 #include <png.h>
 
@@ -27,6 +28,7 @@ struct Codec {
     Bytes out;
     char message[200] = {};
     Findings* findings = nullptr;
+    bool outOfMemory = false;
 
     explicit Codec(bool reading) : reads(reading) {}
     Codec(const Codec&) = delete;
@@ -46,10 +48,24 @@ struct Codec {
     png_longjmp(png, 1);
 }
 
+// Runs a step that takes memory: libpng's frames let errors through, but no exceptions.
+template <typename Step>
+void TakeMemory(png_structp png, Codec& codec, Step step) {
+    try {
+        step();
+    } catch (const std::bad_alloc&) {
+        codec.outOfMemory = true;
+    }
+    if (codec.outOfMemory) {
+        png_error(png, "out of memory");
+    }
+}
+
 void OnWarning(png_structp png, png_const_charp message) {
     auto* codec = static_cast<Codec*>(png_get_error_ptr(png));
-    if (codec->findings != nullptr && codec->findings->size() < 20) {
-        codec->findings->push_back({FindingNumber::kOddStream, "PNG data", message, ""});
+    if (codec->findings != nullptr) {
+        TakeMemory(png, *codec,
+                   [&] { Note(*codec->findings, FindingNumber::kOddStream, "PNG data", message, ""); });
     }
 }
 
@@ -64,7 +80,7 @@ void OnRead(png_structp png, png_bytep out, std::size_t count) {
 
 void OnWrite(png_structp png, png_bytep bytes, std::size_t count) {
     auto* codec = static_cast<Codec*>(png_get_io_ptr(png));
-    codec->out.insert(codec->out.end(), bytes, bytes + count);
+    TakeMemory(png, *codec, [&] { codec->out.insert(codec->out.end(), bytes, bytes + count); });
 }
 
 void OnFlush(png_structp) {}
@@ -159,6 +175,9 @@ bool WriteAll(Codec& codec, const Header& header, png_uint_32 width, png_uint_32
 }
 
 [[noreturn]] void RejectStream(const Codec& codec) {
+    if (codec.outOfMemory) {
+        throw std::bad_alloc();
+    }
     Reject(FindingNumber::kDamagedStream, "PNG data", codec.message, "a whole picture");
 }
 
@@ -279,8 +298,8 @@ TextureFile ReadPng(ByteSpan bytes, const ReadOptions& options, Findings& findin
     const unsigned channels = png_get_channels(codec.png, codec.info);
     Bytes samples = ReadSamples(codec);
     if (codec.at != bytes.size()) {
-        findings.push_back({FindingNumber::kTrailingBytes, "bytes after the picture",
-                            std::to_string(bytes.size() - codec.at), "0"});
+        Note(findings, FindingNumber::kTrailingBytes, "bytes after the picture",
+             std::to_string(bytes.size() - codec.at), "0");
     }
     if (indexed) {
         PackIndexed(samples, palette, sourceDepth, texture, findings);
@@ -313,6 +332,9 @@ Bytes WritePng(const TextureFile& texture, const WriteOptions&) {
     const Header header{static_cast<int>(picture.depth),  type,          colours.data(),
                         static_cast<int>(colours.size()), alphas.data(), static_cast<int>(alphas.size())};
     if (!WriteAll(codec, header, texture.width, texture.height, rows.data())) {
+        if (codec.outOfMemory) {
+            throw std::bad_alloc();
+        }
         throw ToolError(ExitCode::kRuntime, std::string("cannot write png: ") + codec.message);
     }
     return std::move(codec.out);

@@ -159,8 +159,8 @@ void PackIndexed(const Bytes& indices, const PngPalette& palette, int depth, Tex
         largest = std::max<unsigned>(largest, indices[i]);
     }
     if (largest >= palette.entries.size()) {
-        findings.push_back({FindingNumber::kPaletteIndex, "largest palette index", std::to_string(largest),
-                            "less than the " + std::to_string(palette.entries.size()) + " entries"});
+        Note(findings, FindingNumber::kPaletteIndex, "largest palette index", std::to_string(largest),
+             "less than the " + std::to_string(palette.entries.size()) + " entries");
     }
     texture.levels.push_back(std::move(level));
 }

@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include "tools/qonvert/session.h"
+
 namespace qonvert {
 
 Progress::Progress(std::size_t total) : total_(total), visible_(total > 1 && isatty(STDERR_FILENO) != 0) {}
@@ -18,7 +20,7 @@ void Progress::Step(const std::string& name) {
     const std::lock_guard lock(mutex_);
     ++done_;
     if (visible_) {
-        std::fprintf(stderr, "\r\033[K[%zu/%zu] %.60s", done_, total_, name.c_str());
+        std::fprintf(stderr, "\r\033[K[%zu/%zu] %.60s", done_, total_, Printable(name).c_str());
     }
 }
 

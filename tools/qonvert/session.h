@@ -5,6 +5,7 @@
 #include <iosfwd>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
+#include <string_view>
 
 #include "tools/qonvert/finding.h"
 
@@ -14,6 +15,9 @@ class App;
 
 namespace qonvert {
 
+// What a terminal may be given: control bytes, which file names may hold, become "\x1b".
+std::string Printable(std::string_view text);
+
 struct Session {
     bool json = false;
     // Standard output carries a file, so that text goes to standard error.
@@ -22,7 +26,7 @@ struct Session {
     std::function<ExitCode()> run;
 
     std::ostream& text() const;
-    // One line per problem on standard error.
+    // One line per problem on standard error, made printable.
     void Warn(const std::string& line) const;
     void Print(const nlohmann::ordered_json& json) const;
 };
@@ -33,8 +37,5 @@ CLI::App* AddVerb(CLI::App& program, Session& session, const char* name, const c
 
 nlohmann::ordered_json ToJson(const Finding& finding);
 nlohmann::ordered_json ToJson(const Findings& findings);
-
-// "input" of messages: the path, or "standard input".
-std::string ShownPath(const std::string& path);
 
 }  // namespace qonvert

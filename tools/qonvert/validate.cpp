@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <new>
 #include <nlohmann/json.hpp>
 
 #include "tools/qonvert/files.h"
@@ -20,7 +21,7 @@ struct ValidateOptions {
 };
 
 // All findings: the warnings up to the error, if there is one.
-Findings Check(const ValidateOptions& options, std::string& containerName) {
+Findings Check(const ValidateOptions& options, std::string& containerName) try {
     ReadOptions read;
     if (!options.raw.empty()) {
         ParseRaw(options.raw, read);
@@ -35,6 +36,8 @@ Findings Check(const ValidateOptions& options, std::string& containerName) {
         findings.push_back(error.finding());
     }
     return findings;
+} catch (const std::bad_alloc&) {
+    throw ToolError(ExitCode::kRuntime, InputName(options.file) + ": out of memory");
 }
 
 ExitCode RunValidate(const Session& session, const ValidateOptions& options) {
@@ -43,7 +46,7 @@ ExitCode RunValidate(const Session& session, const ValidateOptions& options) {
     const auto error = std::find_if(findings.begin(), findings.end(), [](const Finding& finding) {
         return finding.severity() == Severity::kError;
     });
-    const std::string path = ShownPath(options.file);
+    const std::string path = InputName(options.file);
     if (session.json) {
         nlohmann::ordered_json json;
         json["file"] = path;
@@ -53,10 +56,10 @@ ExitCode RunValidate(const Session& session, const ValidateOptions& options) {
         session.Print(json);
     } else {
         for (const Finding& finding : findings) {
-            session.text() << path << ": " << finding.Describe() << '\n';
+            session.text() << Printable(path + ": " + finding.Describe()) << '\n';
         }
         if (error == findings.end()) {
-            session.text() << path << ": valid " << container << '\n';
+            session.text() << Printable(path) << ": valid " << container << '\n';
         }
     }
     return error == findings.end() ? ExitCode::kOk : error->exitCode();
