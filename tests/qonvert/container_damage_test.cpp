@@ -2,20 +2,25 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <new>
 
 #include "tests/qonvert/samples.h"
+#include "tests/temp_folder.h"
+#include "tools/qonvert/verbs.h"
 
 namespace {
 std::size_t largestRequest = 0;
-}
+std::size_t memoryLimit = SIZE_MAX;
+}  // namespace
 
-// Notes the largest piece of memory that was asked for.
+// Notes the largest piece of memory that was asked for; refuses those beyond the limit.
 [[gnu::noinline]] void* operator new(std::size_t size) {
     largestRequest = std::max(largestRequest, size);
-    if (void* memory = std::malloc(size != 0 ? size : 1)) {
+    if (void* memory = size <= memoryLimit ? std::malloc(size != 0 ? size : 1) : nullptr) {
         return memory;
     }
     throw std::bad_alloc();
@@ -220,6 +225,50 @@ TEST(DamagedFile, FindingsAreFewAndShort) {
     EXPECT_EQ(FindContainer("ktx")->read(file, {}, findings).origin, Origin::kTopLeft);
     ASSERT_EQ(findings.size(), 20u);
     EXPECT_EQ(findings[0].got, std::string(80, 'v') + "...");
+}
+
+// What a verb's failure says.
+std::string Failure(const std::string& commandLine, std::size_t limit) {
+    CLI::App program;
+    Session session;
+    AddInfoVerb(program, session);
+    AddCompareVerb(program, session);
+    AddValidateVerb(program, session);
+    program.parse(commandLine);
+    std::string message;
+    memoryLimit = limit;
+    try {
+        session.run();
+    } catch (const ToolError& error) {
+        EXPECT_EQ(error.code(), ExitCode::kRuntime);
+        message = error.what();
+    }
+    memoryLimit = SIZE_MAX;
+    return message;
+}
+
+TEST(OutOfMemory, NamesTheFile) {
+    const TempFolder folder;
+    const std::string path = folder / "blank.png";
+    const TextureFile blank{FMT_L8, 1024, 2048, Origin::kTopLeft, "", {Bytes(2 << 20)}};
+    const Bytes file = WriteContainer(*FindContainer("png"), blank, {});
+    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(file.data()), file.size());
+    // Too little for the piece of 1 MiB that is read, and for the 2 MiB of pixels.
+    for (const std::size_t limit : {100000, 1500000}) {
+        for (const char* verb : {"info ", "validate "}) {
+            EXPECT_EQ(Failure(verb + path, limit), path + ": out of memory");
+        }
+        EXPECT_EQ(Failure("compare " + path + " " + path, limit), path + ": out of memory");
+    }
+    // And too little for comparing them with all channels.
+    EXPECT_EQ(Failure("compare " + path + " " + path, 3000000), path + ", " + path + ": out of memory");
+}
+
+TEST(OutOfMemory, PassesThroughLibpng) {
+    const TextureFile noise = NoiseTexture(FMT_RGBA8888, 512, 512);
+    memoryLimit = noise.levels.front().size();  // the file is larger
+    EXPECT_THROW(WriteContainer(*FindContainer("png"), noise, {}), std::bad_alloc);
+    memoryLimit = SIZE_MAX;
 }
 
 }  // namespace
