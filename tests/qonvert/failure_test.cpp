@@ -1,8 +1,11 @@
 // Every failure is one line, its documented exit code, and nothing left behind.
-#include <algorithm>
-#include <nlohmann/json.hpp>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cstdlib>
 
 #include "tests/qonvert/tool.h"
+#include "tools/qonvert/unfinished.h"
 
 namespace qonvert {
 namespace {
@@ -142,6 +145,26 @@ const FailureRow kRows[] = {
 
 TEST_F(Failure, IsOneLineItsExitCodeAndNoFile) {
     ExpectFailures(kRows);
+}
+
+TEST_F(Failure, EndsWithoutUnfinishedFiles) {
+    const std::vector<std::string> before = Names();
+    const auto begin = [this] {
+        RemoveUnfinishedAtTheEnd();
+        BeginUnfinished(Path("part"), [this] {
+            Write("part", Bytes(9));
+            return true;
+        });
+    };
+    const auto beSignalled = [] {
+        for (kill(getpid(), SIGTERM);;) {
+            pause();
+        }
+    };
+    EXPECT_EXIT((begin(), std::exit(255)), testing::ExitedWithCode(255), "");
+    EXPECT_EQ(Names(), before);
+    EXPECT_EXIT((begin(), beSignalled()), testing::KilledBySignal(SIGTERM), "");
+    EXPECT_EQ(Names(), before);
 }
 
 }  // namespace

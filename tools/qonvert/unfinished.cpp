@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <mutex>
 #include <set>
 #include <system_error>
@@ -23,12 +24,16 @@ Registry& TheRegistry() {
     return *registry;
 }
 
-[[noreturn]] void RemoveAllAndDie(int signal, const sigset_t& signals) {
+void RemoveAll() {
     // Kept to the end, so that no other file is begun.
     TheRegistry().mutex.lock();
     for (const std::string& name : TheRegistry().names) {
         unlink(name.c_str());
     }
+}
+
+[[noreturn]] void RemoveAllAndDie(int signal, const sigset_t& signals) {
+    RemoveAll();
     std::signal(signal, SIG_DFL);
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
     raise(signal);
@@ -37,7 +42,8 @@ Registry& TheRegistry() {
 
 }  // namespace
 
-void RemoveUnfinishedOnSignals() {
+void RemoveUnfinishedAtTheEnd() {
+    std::atexit(RemoveAll);
     sigset_t signals;
     sigemptyset(&signals);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {

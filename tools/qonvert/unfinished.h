@@ -1,4 +1,4 @@
-// Files that are being written. A signal that ends the program removes them first.
+// Files that are being written. What ends the program amid that removes them first.
 #pragma once
 
 #include <functional>
@@ -6,9 +6,10 @@
 
 namespace qonvert {
 
-// Lets SIGINT, SIGTERM and SIGHUP remove what is unfinished before they end the program; those that are
-// ignored stay so. To be called before any other thread starts.
-void RemoveUnfinishedOnSignals();
+// Lets exit(), which the palette quantizer calls without memory, and SIGINT, SIGTERM and SIGHUP remove what
+// is unfinished before they end the program; signals that are ignored stay so. To be called before any other
+// thread starts.
+void RemoveUnfinishedAtTheEnd();
 
 // Runs `begin`, which makes the file and says whether it did; if so, the file is unfinished.
 bool BeginUnfinished(const std::string& name, const std::function<bool()>& begin);
