@@ -1,6 +1,5 @@
 #include "tests/tool_test.h"
 
-#include <stdlib.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -10,21 +9,14 @@
 
 namespace fs = std::filesystem;
 
-ToolTest::ToolTest(const std::string& program) : program_(program) {
-    std::string name = fs::temp_directory_path() / "tool-test.XXXXXX";
-    folder_ = mkdtemp(name.data());
-}
-
-ToolTest::~ToolTest() {
-    fs::remove_all(folder_);
-}
+ToolTest::ToolTest(const std::string& program) : program_(program) {}
 
 ToolRun ToolTest::Run(const std::string& arguments) const {
     // Beside the folder, so that they are not among its files. An argument may redirect them again.
-    const std::string out = folder_.string() + ".out", err = folder_.string() + ".err";
-    const int status = std::system(
-        ("cd '" + folder_.string() + "' && >'" + out + "' 2>'" + err + "' '" + program_ + "' " + arguments)
-            .c_str());
+    const std::string out = folder_.Path().string() + ".out", err = folder_.Path().string() + ".err";
+    const int status = std::system(("cd '" + folder_.Path().string() + "' && >'" + out + "' 2>'" + err +
+                                    "' '" + program_ + "' " + arguments)
+                                       .c_str());
     ToolRun run{WIFEXITED(status) ? WEXITSTATUS(status) : -1, Read(out), Read(err)};
     fs::remove(out);
     fs::remove(err);
@@ -32,7 +24,7 @@ ToolRun ToolTest::Run(const std::string& arguments) const {
 }
 
 bool ToolTest::Shell(const std::string& commands) const {
-    return std::system(("cd '" + folder_.string() + "' && TOOL='" + program_ + "' && { " + commands +
+    return std::system(("cd '" + folder_.Path().string() + "' && TOOL='" + program_ + "' && { " + commands +
                         "; } >/dev/null 2>&1")
                            .c_str()) == 0;
 }
@@ -49,8 +41,8 @@ std::string ToolTest::Read(const std::string& name) const {
 
 std::vector<std::string> ToolTest::Names() const {
     std::vector<std::string> names;
-    for (const auto& entry : fs::recursive_directory_iterator(folder_)) {
-        names.push_back(entry.path().lexically_relative(folder_));
+    for (const auto& entry : fs::recursive_directory_iterator(folder_.Path())) {
+        names.push_back(entry.path().lexically_relative(folder_.Path()));
     }
     std::sort(names.begin(), names.end());
     return names;

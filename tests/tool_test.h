@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/temp_folder.h"
+
 struct ToolRun {
     int code = -1;  // exit code, as the shell has it
     std::string out;
@@ -26,7 +28,6 @@ class ToolTest : public testing::Test {
   protected:
     // `program` is the path of the built program.
     explicit ToolTest(const std::string& program);
-    ~ToolTest() override;
 
     // Runs the program in the folder, with `arguments` as the shell splits them.
     ToolRun Run(const std::string& arguments) const;
@@ -52,5 +53,5 @@ class ToolTest : public testing::Test {
     void WriteBytes(const std::string& name, std::string_view bytes) const;
 
     std::string program_;
-    std::filesystem::path folder_;
+    TempFolder folder_;
 };
