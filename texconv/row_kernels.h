@@ -59,11 +59,13 @@ struct RowKernels {
     // The truncated means of 2 x 2 pixels, for `count` results.
     void (*halve)(const std::uint8_t* upper, const std::uint8_t* lower, std::size_t count, std::uint8_t* to);
 
-    // The cubic filter on kTaps lines of float pixels; `taps` has the places of kTaps columns in floats
-    // for each of `count` results.
+    // The cubic filter. On bytes, as floats: `runs` has for each of kByteTaps columns, and in it for each of
+    // as many lines, the pixels that `count` results take there, side by side.
     void (*widenBytes)(const std::uint8_t* bytes, std::size_t count, float* to);
-    void (*cubicBytes)(const float* const* lines, const std::uint32_t* taps, std::size_t count,
-                       std::uint8_t* to);
+    // Two pixels at a time: the even ones apart from the odd ones, `count` of each.
+    void (*widenPairs)(const std::uint8_t* rgba, std::size_t count, float* even, float* odd);
+    void (*cubicBytes)(const float* const* runs, std::size_t count, std::uint8_t* to);
+    // On kTaps lines of float pixels: `taps` has the places of kTaps columns in floats for each result.
     void (*cubicFloats)(const float* const* lines, const std::uint32_t* taps, std::size_t count,
                         std::uint8_t* to);
 

@@ -86,11 +86,28 @@ void WidenBytes(const std::uint8_t* bytes, std::size_t count, float* to) {
     }
 }
 
+void WidenPairs(const std::uint8_t* rgba, std::size_t count, float* even, float* odd) {
+    for (std::size_t i = 0; i < count * 4; ++i) {
+        const std::uint8_t* pixel = rgba + i / 4 * 8;
+        even[i] = static_cast<float>(pixel[i % 4]);
+        odd[i] = static_cast<float>(pixel[4 + i % 4]);
+    }
+}
+
 // Column after column, in each from the upper line to the lower.
-template <typename Pixel>
-void CubicRow(const float* const* lines, const std::uint32_t* taps, std::size_t count, std::uint8_t* to) {
-    for (std::size_t i = 0; i < count; ++i, taps += kTaps, to += Pixel::kBytes) {
-        Channels<Pixel> result;
+void CubicBytes(const float* const* runs, std::size_t count, std::uint8_t* to) {
+    for (std::size_t i = 0; i < count * 4; ++i) {
+        float sum = 0.0f;
+        for (int run = 0; run < kByteTaps * kByteTaps; ++run) {
+            sum += kSplineWeights[run / kByteTaps] * kSplineWeights[run % kByteTaps] * runs[run][i];
+        }
+        to[i] = BytePixel::FromFloat(sum);
+    }
+}
+
+void CubicFloats(const float* const* lines, const std::uint32_t* taps, std::size_t count, std::uint8_t* to) {
+    for (std::size_t i = 0; i < count; ++i, taps += kTaps, to += FloatPixel::kBytes) {
+        Channels<FloatPixel> result;
         for (std::size_t c = 0; c < result.size(); ++c) {
             float sum = 0.0f;
             for (int column = 0; column < kTaps; ++column) {
@@ -99,9 +116,9 @@ void CubicRow(const float* const* lines, const std::uint32_t* taps, std::size_t 
                     sum += weight * lines[line][taps[column] + c];
                 }
             }
-            result[c] = Pixel::FromFloat(sum);
+            result[c] = FloatPixel::FromFloat(sum);
         }
-        StorePixel<Pixel>(result, to);
+        StorePixel<FloatPixel>(result, to);
     }
 }
 
@@ -180,8 +197,9 @@ constinit const RowKernels kScalarRowKernels{
     .averageSpans = AverageSpans,
     .halve = Halve,
     .widenBytes = WidenBytes,
-    .cubicBytes = CubicRow<BytePixel>,
-    .cubicFloats = CubicRow<FloatPixel>,
+    .widenPairs = WidenPairs,
+    .cubicBytes = CubicBytes,
+    .cubicFloats = CubicFloats,
     .heights = Heights,
     .normals = Normals,
     .nearest = Nearest,

@@ -73,5 +73,7 @@ inline constexpr int kTaps = 4;
 inline constexpr float kSplineWeights[kTaps] = {detail::SplineWeight(-1.0f), detail::SplineWeight(0.0f),
                                                 detail::SplineWeight(1.0f), detail::SplineWeight(2.0f)};
 static_assert(kSplineWeights[0] == kSplineWeights[2] && kSplineWeights[3] == 0.0f);
+// Those that change a sum of bytes; of floats, the weight of 0 counts where it meets an infinity.
+inline constexpr int kByteTaps = kTaps - 1;
 
 }  // namespace QXTextureConverter

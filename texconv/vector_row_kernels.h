@@ -27,6 +27,7 @@ constexpr RowKernels kVectorRowKernels{
     .averageSpans = AverageSpans,
     .halve = Halve,
     .widenBytes = WidenBytes,
+    .widenPairs = WidenPairs,
     .cubicBytes = CubicBytes,
     .cubicFloats = CubicFloats,
     .heights = Heights,

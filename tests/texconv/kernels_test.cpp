@@ -93,6 +93,27 @@ TEST(RowKernels, MeansOfEveryQuotient) {
     }
 }
 
+TEST(RowKernels, CubicSumsOfEveryLength) {
+    Random random(3);
+    for (const std::uint32_t step :
+         {97u, 5u, 0u}) {  // noise, gradients, whose sums are whole, and flat parts
+        Bytes pixels = random.Fill((2 * kMostPixels + 3) * 4);
+        for (std::size_t i = 4; i < pixels.size() && step < 97; ++i) {
+            pixels[i] = static_cast<std::uint8_t>(i % 80 < 4 ? pixels[i] : pixels[i - 4] + step);
+        }
+        for (std::size_t count = 0; count <= kMostPixels; ++count) {
+            ExpectSame(count * 4, [&](auto& set, auto* to) {
+                std::vector<float> even(kMostPixels * 4 + 4), odd = even, all(pixels.size());
+                set.widenPairs(pixels.data(), count, even.data(), odd.data());
+                set.widenBytes(pixels.data(), pixels.size(), all.data());
+                const float *e = even.data(), *o = odd.data(), *a = all.data();
+                const float* runs[] = {e, a, o, o, a + 4, e, e + 4, a + 8, o + 4};
+                set.cubicBytes(runs, count, to);
+            });
+        }
+    }
+}
+
 TEST(RowKernels, HeightsOfEverySumAndNormalsOfEverySlope) {
     Bytes pixels;
     for (std::uint32_t sum = 0; sum <= 765; ++sum) {
