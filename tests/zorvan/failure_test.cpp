@@ -38,7 +38,7 @@ const FailureRow kRows[] = {
     {"info no.json", 2, "no.json: No such file or directory"},
     {"bench no.json", 2, "no.json: No such file or directory"},
     {"info .", 2, ".: got a folder, expected a file"},
-    {"info 'a\nb'", 2, "a?b: No such file or directory"},
+    {"info 'a\nb'", 2, "a\\x0ab: No such file or directory"},
     {"info scene.json >/dev/full", 2, "standard output: cannot write: No space left on device"},
     {"render scene.json no/a.png", 2, "no/a.png: cannot write: there is no folder 'no'"},
     {"render scene.json no/a.webm", 2, "no/a.webm: cannot write: there is no folder 'no'"},

@@ -1,6 +1,5 @@
 // zorvan: renders, shows, describes and measures scene files.
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -19,10 +18,16 @@ using zorvan::tool::Status;
 using zorvan::tool::Verb;
 
 // One line, whatever the names of files hold.
-int Report(ExitCode code, std::string message) {
-    std::replace_if(
-        message.begin(), message.end(), [](unsigned char c) { return c < ' ' || c == 127; }, '?');
-    std::fprintf(stderr, "zorvan: %s\n", message.c_str());
+int Report(ExitCode code, std::string const& message) {
+    std::string line;
+    for (const char c : message) {
+        char escape[5] = {c};
+        if (static_cast<unsigned char>(c) < ' ' || c == 127) {
+            std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned>(c));
+        }
+        line += escape;
+    }
+    std::fprintf(stderr, "zorvan: %s\n", line.c_str());
     return static_cast<int>(code);
 }
 
