@@ -116,19 +116,20 @@ template <typename T>
 }
 #endif
 
-// Pairs of 16-bit lanes become 32-bit lanes, those of low in the lower halves.
-[[gnu::always_inline]] inline void Interleave(const I16& low, const I16& high, uint32_t* pairs) {
+// Stores pairs of 16-bit lanes, those of low first.
+template <typename Lanes, typename Element>
+[[gnu::always_inline]] inline void Interleave(const Lanes& low, const Lanes& high, Element* pairs) {
 #ifdef __AVX2__
-    const I16 first =
+    const Lanes first =
         __builtin_shufflevector(low, high, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
-    const I16 second =
+    const Lanes second =
         __builtin_shufflevector(low, high, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
 #else
-    const I16 first = __builtin_shufflevector(low, high, 0, 8, 1, 9, 2, 10, 3, 11);
-    const I16 second = __builtin_shufflevector(low, high, 4, 12, 5, 13, 6, 14, 7, 15);
+    const Lanes first = __builtin_shufflevector(low, high, 0, 8, 1, 9, 2, 10, 3, 11);
+    const Lanes second = __builtin_shufflevector(low, high, 4, 12, 5, 13, 6, 14, 7, 15);
 #endif
     StoreVector(pairs, first);
-    StoreVector(pairs + kLanes, second);
+    StoreVector(pairs + sizeof(first) / sizeof(Element), second);
 }
 
 // Stores the entries that eight 3-bit indices choose; the first index is in the lowest bits.

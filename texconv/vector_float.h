@@ -5,12 +5,11 @@
 #include <cstring>
 
 #include "texconv/row_kernels.h"
+#include "texconv/vector_types.h"
 
 namespace QXTextureConverter {
 namespace {
 
-constexpr std::int32_t kFloat2To31 = 0x4F000000;
-constexpr std::int32_t kFloat2To32 = 0x4F800000;
 constexpr std::int32_t kFloatInfinity = 0x7F800000;
 // Between the exponents of floats and halves.
 constexpr std::uint32_t kExponentOffset = 112;
@@ -20,6 +19,19 @@ constexpr std::uint32_t kExponentOffset = 112;
 }
 [[gnu::always_inline]] inline constexpr float FloatOf(std::int32_t bits) {
     return __builtin_bit_cast(float, bits);
+}
+
+// Asks for what a step two pages on will read or write: processors do not look beyond a page by themselves,
+// and floats are so many bytes that their way through the caches and page tables would take longer than the
+// arithmetic. Asking for addresses of nothing does nothing.
+template <bool kToWrite, std::size_t kCount>
+[[gnu::always_inline]] inline void Prefetch(const std::uint8_t* bytes) {
+    constexpr std::size_t kAhead = 8192;
+    constexpr std::size_t kLine = 64;
+    const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(bytes) + kAhead;
+    for (std::size_t at = 0; at < kCount; at += kLine) {
+        __builtin_prefetch(reinterpret_cast<const void*>(first + at), kToWrite ? 1 : 0);
+    }
 }
 
 template <typename From, typename To, typename Convert>
@@ -42,23 +54,45 @@ template <typename From, typename To, typename Convert>
     return number * kMost + number * kRest;
 }
 
-[[gnu::always_inline]] inline std::uint16_t HalfOf(std::uint32_t bits) {
-    // The exponent less 112, modulo 32, differs in its highest bit only.
-    const std::uint32_t exponent = (bits & 0x7F800000) != 0 ? (kExponentOffset & 31) << 10 : 0;
-    return static_cast<std::uint16_t>((bits >> 16 & 0x8000) | ((bits >> 13 & 0x7FFF) ^ exponent));
+// 255 times the values, truncated, in the lowest bytes. From 2^31 on the lowest byte of a whole number is 0;
+// from 2^32 on all bits count as set.
+[[gnu::always_inline]] inline I32 Bytes(const F32& in) {
+    const F32 value = in * 255.0f;
+    const auto bits = reinterpret_cast<I32>(value);
+    const I32 inRange = bits & (bits > 0) & (value < 0x1p31f);
+    return __builtin_convertvector(reinterpret_cast<F32>(inRange), I32) | (value >= 0x1p32f);
+}
+
+// Whether all values are from 0 on and below 2: the two highest bits tell.
+template <std::size_t kVectors>
+[[gnu::always_inline]] inline bool AreBelow2(const F32 (&values)[kVectors]) {
+    I32 all{};
+    for (const F32& some : values) {
+        all |= reinterpret_cast<I32>(some);
+    }
+    return !AnyLane(all & static_cast<std::int32_t>(0xC0000000));
 }
 
 void FloatsToBytes(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
-    EachChannel<float, std::uint8_t>(
-        from, count, to, [](float in) __attribute__((always_inline)) {
-            const float value = in * 255.0f;
-            const std::int32_t bits = BitsOf(value);
-            // From 2^31 on the low byte of a whole number is 0; from 2^32 on all bits count as set.
-            const std::int32_t inRange = -static_cast<std::int32_t>((bits > 0) & (bits < kFloat2To31));
-            const std::int32_t above =
-                -static_cast<std::int32_t>((bits >= kFloat2To32) & (bits <= kFloatInfinity));
-            return static_cast<std::uint8_t>(static_cast<std::int32_t>(FloatOf(bits & inRange)) | above);
-        });
+    std::size_t i = 0;
+    for (; i + kVectorBytes <= count; i += kVectorBytes) {
+        const std::uint8_t* floats = from + i * sizeof(float);
+        Prefetch<false, kVectorBytes * sizeof(float)>(floats);
+        F32 values[4];
+        for (std::size_t part = 0; part < 4; ++part) {
+            values[part] = LoadVector<F32>(floats + part * kVectorBytes);
+        }
+        const bool simple = AreBelow2(values);
+        U16 bytes[4];
+        for (std::size_t part = 0; part < 4; ++part) {
+            bytes[part] = reinterpret_cast<U16>(simple ? __builtin_convertvector(values[part] * 255.0f, I32)
+                                                       : Bytes(values[part]));
+        }
+        const auto low = reinterpret_cast<U8>(EvenLanes(bytes[0], bytes[1]));
+        const auto high = reinterpret_cast<U8>(EvenLanes(bytes[2], bytes[3]));
+        StoreVector(to + i, EvenLanes(low, high));
+    }
+    kScalarRowKernels.floatsToBytes(from + i * sizeof(float), count - i, to + i);
 }
 
 void HalvesToBytes(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
@@ -87,17 +121,40 @@ void BytesToHalves(const std::uint8_t* from, std::size_t count, std::uint8_t* to
         });
 }
 
+// In halves of the floats' words: the lower one has the lowest 3 of the result's bits.
 void FloatsToHalves(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
-    EachChannel<std::uint32_t, std::uint16_t>(from, count, to, HalfOf);
+    constexpr std::uint16_t kExponentFlip = (kExponentOffset & 31) << 10;
+    std::size_t i = 0;
+    for (; i + kVectorBytes <= count; i += kVectorBytes) {
+        Prefetch<false, kVectorBytes * sizeof(float)>(from + i * sizeof(float));
+        for (std::size_t at = i; at < i + kVectorBytes; at += kLanesOf<U16>) {
+            const auto first = LoadVector<U16>(from + at * sizeof(float));
+            const auto second = LoadVector<U16>(from + at * sizeof(float) + kVectorBytes);
+            const U16 lower = EvenLanes(first, second);
+            const U16 upper = OddLanes(first, second);
+            // The exponent less 112, modulo 32, differs in its highest bit only.
+            const auto isZero = reinterpret_cast<U16>((upper & 0x7F80) == 0);
+            const U16 magnitude = ((upper << 3 | lower >> 13) & 0x7FFF) ^ (~isZero & kExponentFlip);
+            StoreVector(to + at * 2, (upper & 0x8000) | magnitude);
+        }
+    }
+    kScalarRowKernels.floatsToHalves(from + i * sizeof(float), count - i, to + i * 2);
 }
 
 void HalvesToFloats(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
-    EachChannel<std::uint16_t, std::uint32_t>(
-        from, count, to, [](std::uint16_t in) __attribute__((always_inline)) {
-            const std::uint32_t bits = in;
-            const std::uint32_t offset = (bits & 0x7C00) != 0 ? kExponentOffset << 23 : 0;
-            return (bits & 0x8000) << 16 | (((bits & 0x7FFF) << 13) + offset);
-        });
+    constexpr std::uint16_t kUpperOffset = kExponentOffset << 7;
+    std::size_t i = 0;
+    for (; i + kVectorBytes <= count; i += kVectorBytes) {
+        Prefetch<false, kVectorBytes * 2>(from + i * 2);
+        Prefetch<true, kVectorBytes * sizeof(float)>(to + i * sizeof(float));
+        for (std::size_t at = i; at < i + kVectorBytes; at += kLanesOf<U16>) {
+            const auto half = LoadVector<U16>(from + at * 2);
+            const auto isZero = reinterpret_cast<U16>((half & 0x7C00) == 0);
+            const U16 magnitude = ((half & 0x7FFF) >> 3) + (~isZero & kUpperOffset);
+            Interleave(half << 13, (half & 0x8000) | magnitude, to + at * sizeof(float));
+        }
+    }
+    kScalarRowKernels.halvesToFloats(from + i * 2, count - i, to + i * sizeof(float));
 }
 
 }  // namespace

@@ -1,35 +1,60 @@
-// Plain pixels in loops that compilers turn into vectors: the layouts of the usual formats as constants.
+// Plain pixels on vectors and in loops that compilers turn into such: the layouts of the usual formats as
+// constants.
 #pragma once
 
 #include <cstring>
+#include <type_traits>
 
 #include "texconv/row_kernels.h"
+#include "texconv/vector_types.h"
 
 namespace QXTextureConverter {
 namespace {
 
-constexpr std::size_t kPixelsPerStep = 4;
-
+// Words of three bytes as lanes, whose highest bytes may hold anything, and back.
 #if defined(__AVX2__) || defined(__aarch64__)
 
-using ByteVector = std::uint8_t __attribute__((vector_size(16)));
-// A step touches 16 bytes for its 12; the pixels after it must make up for them.
+// Four words lie in the first 12 of 16 bytes; the pixels after a step must make up for the bytes beyond.
 constexpr std::size_t kPixelsBeyond = 2;
+constexpr std::size_t kGroupWords = 4;
 
-[[gnu::always_inline]] inline void WidenStep(const std::uint8_t* from, std::uint8_t* to) {
-    ByteVector bytes;
-    std::memcpy(&bytes, from, sizeof(bytes));
-    bytes =
-        __builtin_shufflevector(bytes, ByteVector{}, 0, 1, 2, 16, 3, 4, 5, 16, 6, 7, 8, 16, 9, 10, 11, 16);
-    std::memcpy(to, &bytes, sizeof(bytes));
+template <typename Vector, std::size_t... kLane>
+[[gnu::always_inline]] inline Vector WidenedGroups(const Vector& groups, std::index_sequence<kLane...>) {
+    return __builtin_shufflevector(groups, groups, (kLane / 16 * 16 + kLane % 16 / 4 * 3 + kLane % 4 % 3)...);
+}
+template <typename Vector, std::size_t... kLane>
+[[gnu::always_inline]] inline Vector NarrowGroups(const Vector& groups, std::index_sequence<kLane...>) {
+    return __builtin_shufflevector(groups, groups,
+                                   (kLane / 16 * 16 + kLane % 16 / 3 % 4 * 4 + kLane % 16 % 3)...);
 }
 
-[[gnu::always_inline]] inline void NarrowStep(const std::uint8_t* from, std::uint8_t* to) {
-    ByteVector bytes;
-    std::memcpy(&bytes, from, sizeof(bytes));
-    bytes =
-        __builtin_shufflevector(bytes, ByteVector{}, 0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 16, 16, 16, 16);
-    std::memcpy(to, &bytes, sizeof(bytes));
+template <typename Vector, std::size_t... kByte>
+[[gnu::always_inline]] inline Vector LoadGroups(const std::uint8_t* from, std::index_sequence<kByte...>) {
+    const auto first = LoadVector<Bytes16>(from);
+    if constexpr (sizeof(Vector) == sizeof(Bytes16)) {
+        return first;
+    } else {
+        return __builtin_shufflevector(first, LoadVector<Bytes16>(from + 3 * kGroupWords), kByte...);
+    }
+}
+template <typename Vector, std::size_t... kByte>
+[[gnu::always_inline]] inline void StoreGroups(const Vector& groups, std::uint8_t* to,
+                                               std::index_sequence<kByte...>) {
+    StoreVector(to, __builtin_shufflevector(groups, groups, kByte...));
+    if constexpr (sizeof(Vector) != sizeof(Bytes16)) {
+        StoreVector(to + 3 * kGroupWords,
+                    __builtin_shufflevector(groups, groups, (sizeof(Bytes16) + kByte)...));
+    }
+}
+
+[[gnu::always_inline]] inline U32 Widened(const std::uint8_t* from) {
+    constexpr LaneNumbersOf<U8> kBytes;
+    return reinterpret_cast<U32>(WidenedGroups(LoadGroups<U8>(from, kBytes), kBytes));
+}
+
+[[gnu::always_inline]] inline void StoreNarrow(const U32& words, std::uint8_t* to) {
+    const U8 groups = NarrowGroups(reinterpret_cast<U8>(words), LaneNumbersOf<U8>{});
+    StoreGroups(groups, to, LaneNumbersOf<Bytes16>{});
 }
 
 #else
@@ -37,17 +62,15 @@ constexpr std::size_t kPixelsBeyond = 2;
 // Without a shuffle of bytes, four pixels in three words.
 constexpr std::size_t kPixelsBeyond = 0;
 
-[[gnu::always_inline]] inline void WidenStep(const std::uint8_t* from, std::uint8_t* to) {
+[[gnu::always_inline]] inline U32 Widened(const std::uint8_t* from) {
     std::uint32_t in[3];
     std::memcpy(in, from, sizeof(in));
-    const std::uint32_t out[4] = {in[0] & 0xFFFFFF, (in[0] >> 24 | in[1] << 8) & 0xFFFFFF,
-                                  (in[1] >> 16 | in[2] << 16) & 0xFFFFFF, in[2] >> 8};
-    std::memcpy(to, out, sizeof(out));
+    return U32{in[0], in[0] >> 24 | in[1] << 8, in[1] >> 16 | in[2] << 16, in[2] >> 8};
 }
 
-[[gnu::always_inline]] inline void NarrowStep(const std::uint8_t* from, std::uint8_t* to) {
+[[gnu::always_inline]] inline void StoreNarrow(const U32& words, std::uint8_t* to) {
     std::uint32_t in[4];
-    std::memcpy(in, from, sizeof(in));
+    std::memcpy(in, &words, sizeof(in));
     const std::uint32_t out[3] = {(in[0] & 0xFFFFFF) | in[1] << 24, (in[1] >> 8 & 0xFFFF) | in[2] << 16,
                                   (in[2] >> 16 & 0xFF) | in[3] << 8};
     std::memcpy(to, out, sizeof(out));
@@ -55,48 +78,42 @@ constexpr std::size_t kPixelsBeyond = 0;
 
 #endif
 
-void Widen24(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
-    std::size_t i = 0;
-    for (; i + kPixelsPerStep + kPixelsBeyond <= count; i += kPixelsPerStep) {
-        WidenStep(from + i * 3, to + i * 4);
-    }
-    for (; i < count; ++i) {
-        std::uint32_t word = 0;
-        std::memcpy(&word, from + i * 3, 3);
-        std::memcpy(to + i * 4, &word, 4);
-    }
+// What holds a word of kBytes.
+template <std::size_t kBytes>
+using StoredWord = std::conditional_t<kBytes == 1, std::uint8_t,
+                                      std::conditional_t<kBytes == 2, std::uint16_t, std::uint32_t>>;
+
+// A channel's byte in every lane.
+template <typename Vector>
+[[gnu::always_inline]] inline Vector ReadChannel(const Vector& words, const ChannelPlace& place) {
+    using Lane = LaneOf<Vector>;
+    const Vector bits = words >> static_cast<Lane>(place.shift) & static_cast<Lane>(place.readBits);
+    return bits * static_cast<Lane>(place.scale) >> static_cast<Lane>(place.scaleShift);
 }
 
-void Narrow24(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
-    std::size_t i = 0;
-    for (; i + kPixelsPerStep + kPixelsBeyond <= count; i += kPixelsPerStep) {
-        NarrowStep(from + i * 4, to + i * 3);
-    }
-    for (; i < count; ++i) {
-        std::memcpy(to + i * 3, from + i * 4, 3);
-    }
-}
-
-// Words of three bytes go through words of four, some at a time so that these stay in the nearest cache.
-constexpr std::size_t kChunkPixels = 256;
-
-// The loops of each direction, over words of a type and over words of three bytes; the plain kernel; and a
-// pixel's bytes before and after the conversion where a word has three.
+// The loops of each direction over words of kBytes, and the plain kernel.
 struct Unpacking {
     static constexpr auto kPlain = &RowKernels::unpack;
-    static constexpr std::size_t kFrom24 = 3;
-    static constexpr std::size_t kTo24 = 4;
 
-    template <typename Word>
+    template <std::size_t kBytes>
     [[gnu::always_inline]] static void Words(const WordLayout& layout, const std::uint8_t* __restrict words,
                                              std::size_t count, std::uint8_t* __restrict rgba) {
-        constexpr std::uint32_t kOpaque = 0xFF000000;
         const WordLayout fields = layout;
-        for (std::size_t i = 0; i < count; ++i) {
-            Word stored;
-            std::memcpy(&stored, words + i * sizeof(Word), sizeof(Word));
+        std::size_t i = 0;
+        if constexpr (kBytes == 2 || kBytes == 3) {
+            constexpr std::size_t kStep = kBytes == 2 ? kLanesOf<U16> : kLanesOf<U32>;
+            constexpr std::size_t kBeyond = kBytes == 2 ? 0 : kPixelsBeyond;
+            // The lanes have no zeros for masks beyond the word.
+            const std::size_t most = LieInWord(fields.masks, kBytes) ? count : 0;
+            for (; i + kStep + kBeyond <= most; i += kStep) {
+                Step<kBytes>(fields, words + i * kBytes, rgba + i * 4);
+            }
+        }
+        for (; i < count; ++i) {
+            StoredWord<kBytes> stored{};
+            std::memcpy(&stored, words + i * kBytes, kBytes);
             const std::uint32_t word = stored;
-            std::uint32_t pixel = fields.opaque ? kOpaque : 0;
+            std::uint32_t pixel = fields.opaque ? 0xFF000000 : 0;
             for (unsigned c = 0; c < 4; ++c) {
                 const ChannelPlace& place = fields.places[c];
                 pixel |= ((((word >> place.shift) & place.readBits) * place.scale) >> place.scaleShift)
@@ -106,41 +123,64 @@ struct Unpacking {
         }
     }
 
-    [[gnu::always_inline]] static void Words24(const WordLayout& layout, const std::uint8_t* words,
-                                               std::size_t count, std::uint8_t* rgba) {
-        std::uint8_t chunk[kChunkPixels * 4];
-        Widen24(words, count, chunk);
-        Words<std::uint32_t>(layout, chunk, count, rgba);
+  private:
+    static constexpr bool LieInWord(const ChannelMasks& masks, std::size_t bytes) {
+        return (masks.red | masks.green | masks.blue | masks.alpha) >> (8 * bytes) == 0;
+    }
+
+    // As many pixels as there are lanes: of 16 bits for words as long, each for half a pixel, else of 32.
+    template <std::size_t kBytes>
+    [[gnu::always_inline]] static void Step(const WordLayout& fields, const std::uint8_t* from,
+                                            std::uint8_t* rgba) {
+        if constexpr (kBytes == 2) {
+            const auto words = LoadVector<U16>(from);
+            const auto channel = [&](unsigned c) __attribute__((always_inline)) {
+                return c == 3 && fields.opaque ? U16{} + std::uint16_t{0xFF}
+                                               : ReadChannel(words, fields.places[c]);
+            };
+            Interleave(channel(0) | channel(1) << 8, channel(2) | channel(3) << 8, rgba);
+        } else {
+            const U32 words = Widened(from);
+            U32 pixels = U32{} + (fields.opaque ? 0xFF000000 : 0);
+            for (unsigned c = 0; c < 4; ++c) {
+                pixels |= ReadChannel(words, fields.places[c]) << (8 * c);
+            }
+            StoreVector(rgba, pixels);
+        }
     }
 };
 
 struct Packing {
     static constexpr auto kPlain = &RowKernels::pack;
-    static constexpr std::size_t kFrom24 = 4;
-    static constexpr std::size_t kTo24 = 3;
 
-    template <typename Word>
+    template <std::size_t kBytes>
     [[gnu::always_inline]] static void Words(const WordLayout& layout, const std::uint8_t* __restrict rgba,
                                              std::size_t count, std::uint8_t* __restrict words) {
         const WordLayout fields = layout;
-        for (std::size_t i = 0; i < count; ++i) {
+        std::size_t i = 0;
+        if constexpr (kBytes == 3) {
+            for (; i + kLanesOf<U32> + kPixelsBeyond <= count; i += kLanesOf<U32>) {
+                StoreNarrow(Word(fields, LoadVector<U32>(rgba + i * 4)), words + i * 3);
+            }
+        }
+        for (; i < count; ++i) {
             std::uint32_t pixel;
             std::memcpy(&pixel, rgba + i * 4, 4);
-            std::uint32_t word = 0;
-            for (unsigned c = 0; c < 4; ++c) {
-                const ChannelPlace& place = fields.places[c];
-                word |= ((pixel >> (8 * c + place.dropped)) & place.writeBits) << place.shift;
-            }
-            const auto stored = static_cast<Word>(word);
-            std::memcpy(words + i * sizeof(Word), &stored, sizeof(Word));
+            const auto stored = static_cast<StoredWord<kBytes>>(Word(fields, pixel));
+            std::memcpy(words + i * kBytes, &stored, kBytes);
         }
     }
 
-    [[gnu::always_inline]] static void Words24(const WordLayout& layout, const std::uint8_t* rgba,
-                                               std::size_t count, std::uint8_t* words) {
-        std::uint8_t chunk[kChunkPixels * 4];
-        Words<std::uint32_t>(layout, rgba, count, chunk);
-        Narrow24(chunk, count, words);
+  private:
+    // Of one pixel or of as many as a vector has.
+    template <typename Pixel>
+    [[gnu::always_inline]] static Pixel Word(const WordLayout& fields, const Pixel& pixel) {
+        Pixel word{};
+        for (unsigned c = 0; c < 4; ++c) {
+            const ChannelPlace& place = fields.places[c];
+            word |= ((pixel >> (8 * c + place.dropped)) & place.writeBits) << place.shift;
+        }
+        return word;
     }
 };
 
@@ -160,30 +200,35 @@ constexpr WordLayout kL8Words({0xFF, 0xFF, 0xFF, 0}, 1);
            layout.masks.blue == usual.masks.blue && layout.masks.alpha == usual.masks.alpha;
 }
 
-// Calls action(layout, word) with a constant for the layout if it is a usual one, and with a value of the
-// type that its words are stored in (32 bits for words of three bytes).
+template <std::size_t kBytes>
+using WordBytes = std::integral_constant<std::size_t, kBytes>;
+
+// Calls action(layout, bytes) with a constant for the layout if it is a usual one, and with the size of its
+// words.
 template <typename Action>
 [[gnu::always_inline]] inline void WithLayout(const WordLayout& layout, const Action& action) {
     if (IsLike(layout, kBgraWords)) {
-        action(kBgraWords, std::uint32_t{});
+        action(kBgraWords, WordBytes<4>{});
     } else if (IsLike(layout, kRgb888Words)) {
-        action(kRgb888Words, std::uint32_t{});
+        action(kRgb888Words, WordBytes<3>{});
     } else if (IsLike(layout, kRgb565Words)) {
-        action(kRgb565Words, std::uint16_t{});
+        action(kRgb565Words, WordBytes<2>{});
     } else if (IsLike(layout, kRgba5551Words)) {
-        action(kRgba5551Words, std::uint16_t{});
+        action(kRgba5551Words, WordBytes<2>{});
     } else if (IsLike(layout, kRgba4444Words)) {
-        action(kRgba4444Words, std::uint16_t{});
+        action(kRgba4444Words, WordBytes<2>{});
     } else if (IsLike(layout, kLa88Words)) {
-        action(kLa88Words, std::uint16_t{});
+        action(kLa88Words, WordBytes<2>{});
     } else if (IsLike(layout, kL8Words)) {
-        action(kL8Words, std::uint8_t{});
+        action(kL8Words, WordBytes<1>{});
     } else if (layout.bytes == 1) {
-        action(layout, std::uint8_t{});
+        action(layout, WordBytes<1>{});
     } else if (layout.bytes == 2) {
-        action(layout, std::uint16_t{});
+        action(layout, WordBytes<2>{});
+    } else if (layout.bytes == 3) {
+        action(layout, WordBytes<3>{});
     } else {
-        action(layout, std::uint32_t{});
+        action(layout, WordBytes<4>{});
     }
 }
 
@@ -199,16 +244,8 @@ template <typename Direction>
         return;
     }
     WithLayout(
-        layout, [=](const WordLayout& known, auto word) __attribute__((always_inline)) {
-            if (known.bytes != 3) {
-                Direction::template Words<decltype(word)>(known, from, count, to);
-                return;
-            }
-            for (std::size_t first = 0; first < count; first += kChunkPixels) {
-                const std::size_t here = count - first < kChunkPixels ? count - first : kChunkPixels;
-                Direction::Words24(known, from + first * Direction::kFrom24, here,
-                                   to + first * Direction::kTo24);
-            }
+        layout, [=](const WordLayout& known, auto bytes) __attribute__((always_inline)) {
+            Direction::template Words<bytes>(known, from, count, to);
         });
 }
 
