@@ -49,16 +49,18 @@ void ReadWordsInRow(const std::uint8_t* data, std::uint64_t limit, std::uint64_t
     std::array<std::uint8_t, std::size_t{kPartPixels} * kWordBytes> words;
     for (std::uint32_t first = 0; first < width; first += kPartPixels) {
         const std::uint32_t count = std::min(width - first, kPartPixels);
-        std::uint64_t start = offset + std::uint64_t{first} * pixelBytes;
-        for (std::uint32_t i = 0; i < count; ++i, start += pixelBytes) {
-            std::uint8_t* word = words.data() + std::size_t{i} * kWordBytes;
-            if (start + kWordBytes <= limit) {
-                std::memcpy(word, data + start, kWordBytes);
-                continue;
+        const std::uint64_t start = offset + std::uint64_t{first} * pixelBytes;
+        if (start + std::uint64_t{count - 1} * pixelBytes + kWordBytes <= limit) {
+            for (std::uint32_t i = 0; i < count; ++i) {
+                std::memcpy(words.data() + std::size_t{i} * kWordBytes,
+                            data + start + std::size_t{i} * pixelBytes, kWordBytes);
             }
-            std::memset(word, 0, kWordBytes);
-            if (start < limit) {
-                std::memcpy(word, data + start, static_cast<std::size_t>(limit - start));
+        } else {
+            words.fill(0);
+            for (std::uint32_t i = 0; i < count; ++i) {
+                const std::uint64_t at = std::min(start + std::uint64_t{i} * pixelBytes, limit);
+                std::memcpy(words.data() + std::size_t{i} * kWordBytes, data + at,
+                            static_cast<std::size_t>(std::min<std::uint64_t>(limit - at, kWordBytes)));
             }
         }
         kernel(words.data(), first, count);

@@ -61,13 +61,19 @@ template <unsigned kBits>
 void LookUpIndices(const std::uint8_t* indices, std::uint32_t count, const std::uint32_t* table,
                    std::uint8_t* rgba) {
     constexpr std::uint32_t kPerByte = 8 / kBits;
-    for (std::uint32_t x = 0; x < count;) {
-        std::uint32_t byte = *indices++;
-        const std::uint32_t end = std::min(x + kPerByte, count);
-        for (; x < end; ++x) {
+    const auto some = [&](std::uint32_t first, std::uint32_t here) {
+        std::uint32_t byte = indices[first / kPerByte];
+        for (std::uint32_t x = first; x < first + here; ++x) {
             std::memcpy(rgba + std::size_t{x} * kRgbaBytes, &table[byte & ((1u << kBits) - 1)], kRgbaBytes);
             byte >>= kBits;
         }
+    };
+    const std::uint32_t whole = count / kPerByte * kPerByte;
+    for (std::uint32_t x = 0; x < whole; x += kPerByte) {
+        some(x, kPerByte);
+    }
+    if (whole < count) {
+        some(whole, count - whole);
     }
 }
 
