@@ -95,13 +95,14 @@ void FloatsToBytes(const std::uint8_t* from, std::size_t count, std::uint8_t* to
     kScalarRowKernels.floatsToBytes(from + i * sizeof(float), count - i, to + i);
 }
 
+// The factor brings in the offset of the exponents. Negative values give 0, and so do those of exponent 0,
+// which stay below 1.
 void HalvesToBytes(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
+    constexpr float kFactor = 255.0f * FloatOf((127 + kExponentOffset) << 23);
     EachChannel<std::int16_t, std::uint8_t>(
         from, count, to, [](std::int16_t in) __attribute__((always_inline)) {
-            // Negative values give 0. So do those of exponent 0, whichever exponent they get here.
             const std::int32_t half = in > 0 ? in : 0;
-            const float value = FloatOf((half << 13) + static_cast<std::int32_t>(kExponentOffset << 23));
-            return static_cast<std::uint8_t>(static_cast<std::int32_t>(value * 255.0f));
+            return static_cast<std::uint8_t>(static_cast<std::int32_t>(FloatOf(half << 13) * kFactor));
         });
 }
 
