@@ -7,7 +7,7 @@ build=(g++ cmake ninja-build pkg-config nlohmann-json3-dev libcli11-dev libpng-d
   libfreetype-dev libgles-dev libegl-dev libgl1-mesa-dri libegl1 libgles2 libsdl2-dev fonts-dejavu-core
   fonts-liberation2)
 test=(clang llvm clang-format libclang-rt-14-dev libgtest-dev googletest libbenchmark-dev python3
-  g++-arm-linux-gnueabihf qemu-user ffmpeg astcenc xvfb xdotool)
+  g++-arm-linux-gnueabihf g++-aarch64-linux-gnu qemu-user ffmpeg astcenc xvfb xdotool)
 
 packages=("${build[@]}")
 if [ "${1:-build}" = test ]; then

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Sets the machine up and runs every check: formatting, GCC and Clang with warnings as errors, the
-# sanitizers, 32-bit ARM under qemu-user, and a short run of each fuzz target.
-# Usage: scripts/test.sh [STEP ...], steps: format release debug clang asan-ubsan armhf fuzz; all but debug
-# without any
+# sanitizers, 32-bit and 64-bit ARM under qemu-user, and a short run of each fuzz target.
+# Usage: scripts/test.sh [STEP ...], steps: format release debug clang asan-ubsan fuzz armhf arm64; all but
+# debug without any
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -36,7 +36,7 @@ run_fuzzers() {
 
 steps=("$@")
 if [ ${#steps[@]} -eq 0 ]; then
-  steps=(format release clang asan-ubsan fuzz armhf)
+  steps=(format release clang asan-ubsan fuzz armhf arm64)
 fi
 
 scripts/install-packages.sh test
@@ -45,7 +45,7 @@ for step in "${steps[@]}"; do
   case $step in
     format) check_format ;;
     fuzz) run_fuzzers ;;
-    release | debug | clang | asan-ubsan | armhf) check_preset "$step" ;;
+    release | debug | clang | asan-ubsan | armhf | arm64) check_preset "$step" ;;
     *) echo "unknown step: $step" >&2; exit 1 ;;
   esac
 done
