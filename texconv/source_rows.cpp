@@ -61,7 +61,7 @@ template <unsigned kBits>
 void LookUpIndices(const std::uint8_t* indices, std::uint32_t count, const std::uint32_t* table,
                    std::uint8_t* rgba) {
     constexpr std::uint32_t kPerByte = 8 / kBits;
-    const auto some = [&](std::uint32_t first, std::uint32_t here) {
+    const auto lookUpByte = [&](std::uint32_t first, std::uint32_t here) {
         std::uint32_t byte = indices[first / kPerByte];
         for (std::uint32_t x = first; x < first + here; ++x) {
             std::memcpy(rgba + std::size_t{x} * kRgbaBytes, &table[byte & ((1u << kBits) - 1)], kRgbaBytes);
@@ -70,10 +70,10 @@ void LookUpIndices(const std::uint8_t* indices, std::uint32_t count, const std::
     };
     const std::uint32_t whole = count / kPerByte * kPerByte;
     for (std::uint32_t x = 0; x < whole; x += kPerByte) {
-        some(x, kPerByte);
+        lookUpByte(x, kPerByte);
     }
     if (whole < count) {
-        some(whole, count - whole);
+        lookUpByte(whole, count - whole);
     }
 }
 

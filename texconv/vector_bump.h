@@ -62,7 +62,8 @@ void DiagonalNormals(const std::int16_t* const* lines, std::size_t count, float 
 
 void Normals(std::uint32_t kernel, const std::int16_t* const* lines, std::size_t count, float nz,
              std::uint8_t* to) {
-    const bool infinite = (BitsOf(nz) & kFloatInfinity) == kFloatInfinity;
+    constexpr std::int32_t kInfinity = 0x7F800000;
+    const bool infinite = (BitsOf(nz) & kInfinity) == kInfinity;
     switch (infinite ? kNoBumpmap : kernel) {
         case kDiagonalBumpmap:
             return DiagonalNormals(lines, count, nz, to);

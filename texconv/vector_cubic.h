@@ -1,10 +1,6 @@
 // The cubic filter on vectors.
 #pragma once
 
-#if defined(__AVX2__)
-#include <immintrin.h>
-#endif
-
 #include <cstring>
 
 #include "texconv/row_kernels.h"
@@ -21,48 +17,34 @@ constexpr bool kVectorsKeepDenormals = false;
 constexpr bool kVectorsKeepDenormals = true;
 #endif
 
-#if defined(__AVX2__)
-
-// Four pixels are loaded into either half of a register, as its bytes move within the halves only; the
-// numbers say which of them become floats.
-template <int kFirst, int kSecond>
-[[gnu::always_inline]] inline void WidenTwo(const __m256i& copies, float* to) {
-    constexpr int kFirstPlace = static_cast<int>(0x80808000 | kFirst * 4);  // high bits give bytes of 0
-    constexpr int kSecondPlace = static_cast<int>(0x80808000 | kSecond * 4);
-    const __m256i places =
-        _mm256_setr_epi32(kFirstPlace, kFirstPlace + 1, kFirstPlace + 2, kFirstPlace + 3, kSecondPlace,
-                          kSecondPlace + 1, kSecondPlace + 2, kSecondPlace + 3);
-    _mm256_storeu_ps(to, _mm256_cvtepi32_ps(_mm256_shuffle_epi8(copies, places)));
-}
-
-[[gnu::always_inline]] inline __m256i LoadTwice(const std::uint8_t* from) {
-    return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)));
-}
-
-#endif
-
 void WidenBytes(const std::uint8_t* __restrict bytes, std::size_t count, float* __restrict to) {
-    std::size_t i = 0;
-#if defined(__AVX2__)
-    for (; i + 16 <= count; i += 16) {
-        const __m256i pixels = LoadTwice(bytes + i);
-        WidenTwo<0, 1>(pixels, to + i);
-        WidenTwo<2, 3>(pixels, to + i + 8);
-    }
-#endif
-    for (; i < count; ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
         to[i] = static_cast<float>(bytes[i]);
     }
 }
+
+#if defined(__AVX2__)
+
+// Four pixels are loaded into either half of a register, as its bytes move within the halves only; kFirst is
+// the first of two that become floats, the other comes two later.
+template <int kFirst>
+[[gnu::always_inline]] inline void WidenEverySecond(const __m256i& copies, float* to) {
+    constexpr int kPlace = static_cast<int>(0x80808000 | kFirst * 4);  // high bits give bytes of 0
+    const __m256i places = _mm256_setr_epi32(kPlace, kPlace + 1, kPlace + 2, kPlace + 3, kPlace + 8,
+                                             kPlace + 9, kPlace + 10, kPlace + 11);
+    _mm256_storeu_ps(to, _mm256_cvtepi32_ps(_mm256_shuffle_epi8(copies, places)));
+}
+
+#endif
 
 void WidenPairs(const std::uint8_t* __restrict rgba, std::size_t count, float* __restrict even,
                 float* __restrict odd) {
     std::size_t i = 0;
 #if defined(__AVX2__)
     for (; i + 2 <= count; i += 2) {
-        const __m256i pixels = LoadTwice(rgba + i * 8);
-        WidenTwo<0, 2>(pixels, even + i * 4);
-        WidenTwo<1, 3>(pixels, odd + i * 4);
+        const __m256i copies = _mm256_broadcastsi128_si256(LoadVector<__m128i>(rgba + i * 8));
+        WidenEverySecond<0>(copies, even + i * 4);
+        WidenEverySecond<1>(copies, odd + i * 4);
     }
 #endif
     for (; i < count; ++i) {

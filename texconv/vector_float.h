@@ -1,5 +1,4 @@
-// Conversions of channels in loops that compilers turn into vectors: comparisons on the bits of floats, as
-// positive floats order like integers.
+// Conversions of channels, on vectors and in loops that compilers turn into such.
 #pragma once
 
 #include <cstring>
@@ -10,7 +9,6 @@
 namespace QXTextureConverter {
 namespace {
 
-constexpr std::int32_t kFloatInfinity = 0x7F800000;
 // Between the exponents of floats and halves.
 constexpr std::uint32_t kExponentOffset = 112;
 
@@ -21,16 +19,16 @@ constexpr std::uint32_t kExponentOffset = 112;
     return __builtin_bit_cast(float, bits);
 }
 
-// Asks for what a step two pages on will read or write: processors do not look beyond a page by themselves,
-// and floats are so many bytes that their way through the caches and page tables would take longer than the
+// Asks for what a step two pages on will touch. Processors seldom look beyond a page by themselves, and
+// floats are so many bytes that their way through the caches and page tables would take longer than the
 // arithmetic. Asking for addresses of nothing does nothing.
-template <bool kToWrite, std::size_t kCount>
+template <std::size_t kCount>
 [[gnu::always_inline]] inline void Prefetch(const std::uint8_t* bytes) {
     constexpr std::size_t kAhead = 8192;
     constexpr std::size_t kLine = 64;
     const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(bytes) + kAhead;
     for (std::size_t at = 0; at < kCount; at += kLine) {
-        __builtin_prefetch(reinterpret_cast<const void*>(first + at), kToWrite ? 1 : 0);
+        __builtin_prefetch(reinterpret_cast<const void*>(first + at));
     }
 }
 
@@ -77,7 +75,7 @@ void FloatsToBytes(const std::uint8_t* from, std::size_t count, std::uint8_t* to
     std::size_t i = 0;
     for (; i + kVectorBytes <= count; i += kVectorBytes) {
         const std::uint8_t* floats = from + i * sizeof(float);
-        Prefetch<false, kVectorBytes * sizeof(float)>(floats);
+        Prefetch<kVectorBytes * sizeof(float)>(floats);
         F32 values[4];
         for (std::size_t part = 0; part < 4; ++part) {
             values[part] = LoadVector<F32>(floats + part * kVectorBytes);
@@ -124,11 +122,14 @@ void BytesToHalves(const std::uint8_t* from, std::size_t count, std::uint8_t* to
 
 // In halves of the floats' words: the lower one has the lowest 3 of the result's bits.
 void FloatsToHalves(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
+    if constexpr (!kVectorRegisters) {
+        return kScalarRowKernels.floatsToHalves(from, count, to);
+    }
     constexpr std::uint16_t kExponentFlip = (kExponentOffset & 31) << 10;
     std::size_t i = 0;
     for (; i + kVectorBytes <= count; i += kVectorBytes) {
-        Prefetch<false, kVectorBytes * sizeof(float)>(from + i * sizeof(float));
-        for (std::size_t at = i; at < i + kVectorBytes; at += kLanesOf<U16>) {
+        Prefetch<kVectorBytes * sizeof(float)>(from + i * sizeof(float));
+        for (std::size_t at = i; at < i + kVectorBytes; at += kShortLanes) {
             const auto first = LoadVector<U16>(from + at * sizeof(float));
             const auto second = LoadVector<U16>(from + at * sizeof(float) + kVectorBytes);
             const U16 lower = EvenLanes(first, second);
@@ -143,12 +144,15 @@ void FloatsToHalves(const std::uint8_t* from, std::size_t count, std::uint8_t* t
 }
 
 void HalvesToFloats(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
+    if constexpr (!kVectorRegisters) {
+        return kScalarRowKernels.halvesToFloats(from, count, to);
+    }
     constexpr std::uint16_t kUpperOffset = kExponentOffset << 7;
     std::size_t i = 0;
     for (; i + kVectorBytes <= count; i += kVectorBytes) {
-        Prefetch<false, kVectorBytes * 2>(from + i * 2);
-        Prefetch<true, kVectorBytes * sizeof(float)>(to + i * sizeof(float));
-        for (std::size_t at = i; at < i + kVectorBytes; at += kLanesOf<U16>) {
+        Prefetch<kVectorBytes * 2>(from + i * 2);
+        Prefetch<kVectorBytes * sizeof(float)>(to + i * sizeof(float));
+        for (std::size_t at = i; at < i + kVectorBytes; at += kShortLanes) {
             const auto half = LoadVector<U16>(from + at * 2);
             const auto isZero = reinterpret_cast<U16>((half & 0x7C00) == 0);
             const U16 magnitude = ((half & 0x7FFF) >> 3) + (~isZero & kUpperOffset);

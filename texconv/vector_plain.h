@@ -100,12 +100,12 @@ struct Unpacking {
                                              std::size_t count, std::uint8_t* __restrict rgba) {
         const WordLayout fields = layout;
         std::size_t i = 0;
-        if constexpr (kBytes == 2 || kBytes == 3) {
-            constexpr std::size_t kStep = kBytes == 2 ? kLanesOf<U16> : kLanesOf<U32>;
+        if constexpr (kBytes == 3 || (kBytes == 2 && kVectorRegisters)) {
+            constexpr std::size_t kStep = kBytes == 2 ? kShortLanes : kLanes;
             constexpr std::size_t kBeyond = kBytes == 2 ? 0 : kPixelsBeyond;
-            // The lanes have no zeros for masks beyond the word.
-            const std::size_t most = LieInWord(fields.masks, kBytes) ? count : 0;
-            for (; i + kStep + kBeyond <= most; i += kStep) {
+            // Masks beyond the word, which WordLayout::ForReading never leaves, would find no zeros in lanes.
+            const std::size_t inLanes = LieInWord(fields.masks, kBytes) ? count : 0;
+            for (; i + kStep + kBeyond <= inLanes; i += kStep) {
                 Step<kBytes>(fields, words + i * kBytes, rgba + i * 4);
             }
         }
@@ -159,14 +159,14 @@ struct Packing {
         const WordLayout fields = layout;
         std::size_t i = 0;
         if constexpr (kBytes == 3) {
-            for (; i + kLanesOf<U32> + kPixelsBeyond <= count; i += kLanesOf<U32>) {
-                StoreNarrow(Word(fields, LoadVector<U32>(rgba + i * 4)), words + i * 3);
+            for (; i + kLanes + kPixelsBeyond <= count; i += kLanes) {
+                StoreNarrow(PackedWord(fields, LoadVector<U32>(rgba + i * 4)), words + i * 3);
             }
         }
         for (; i < count; ++i) {
             std::uint32_t pixel;
             std::memcpy(&pixel, rgba + i * 4, 4);
-            const auto stored = static_cast<StoredWord<kBytes>>(Word(fields, pixel));
+            const auto stored = static_cast<StoredWord<kBytes>>(PackedWord(fields, pixel));
             std::memcpy(words + i * kBytes, &stored, kBytes);
         }
     }
@@ -174,7 +174,7 @@ struct Packing {
   private:
     // Of one pixel or of as many as a vector has.
     template <typename Pixel>
-    [[gnu::always_inline]] static Pixel Word(const WordLayout& fields, const Pixel& pixel) {
+    [[gnu::always_inline]] static Pixel PackedWord(const WordLayout& fields, const Pixel& pixel) {
         Pixel word{};
         for (unsigned c = 0; c < 4; ++c) {
             const ChannelPlace& place = fields.places[c];
@@ -201,34 +201,34 @@ constexpr WordLayout kL8Words({0xFF, 0xFF, 0xFF, 0}, 1);
 }
 
 template <std::size_t kBytes>
-using WordBytes = std::integral_constant<std::size_t, kBytes>;
+using WordSize = std::integral_constant<std::size_t, kBytes>;
 
 // Calls action(layout, bytes) with a constant for the layout if it is a usual one, and with the size of its
 // words.
 template <typename Action>
 [[gnu::always_inline]] inline void WithLayout(const WordLayout& layout, const Action& action) {
     if (IsLike(layout, kBgraWords)) {
-        action(kBgraWords, WordBytes<4>{});
+        action(kBgraWords, WordSize<4>{});
     } else if (IsLike(layout, kRgb888Words)) {
-        action(kRgb888Words, WordBytes<3>{});
+        action(kRgb888Words, WordSize<3>{});
     } else if (IsLike(layout, kRgb565Words)) {
-        action(kRgb565Words, WordBytes<2>{});
+        action(kRgb565Words, WordSize<2>{});
     } else if (IsLike(layout, kRgba5551Words)) {
-        action(kRgba5551Words, WordBytes<2>{});
+        action(kRgba5551Words, WordSize<2>{});
     } else if (IsLike(layout, kRgba4444Words)) {
-        action(kRgba4444Words, WordBytes<2>{});
+        action(kRgba4444Words, WordSize<2>{});
     } else if (IsLike(layout, kLa88Words)) {
-        action(kLa88Words, WordBytes<2>{});
+        action(kLa88Words, WordSize<2>{});
     } else if (IsLike(layout, kL8Words)) {
-        action(kL8Words, WordBytes<1>{});
+        action(kL8Words, WordSize<1>{});
     } else if (layout.bytes == 1) {
-        action(layout, WordBytes<1>{});
+        action(layout, WordSize<1>{});
     } else if (layout.bytes == 2) {
-        action(layout, WordBytes<2>{});
+        action(layout, WordSize<2>{});
     } else if (layout.bytes == 3) {
-        action(layout, WordBytes<3>{});
+        action(layout, WordSize<3>{});
     } else {
-        action(layout, WordBytes<4>{});
+        action(layout, WordSize<4>{});
     }
 }
 

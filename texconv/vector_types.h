@@ -16,10 +16,19 @@ using zorvan::texcompress::Bytes16;
 using zorvan::texcompress::F32;
 using zorvan::texcompress::I32;
 using zorvan::texcompress::Interleave;
+using zorvan::texcompress::kLanes;
+using zorvan::texcompress::kShortLanes;
 using zorvan::texcompress::kVectorBytes;
 using zorvan::texcompress::LoadVector;
 using zorvan::texcompress::StoreVector;
 using zorvan::texcompress::U32;
+
+// Without such registers compilers take vectors apart, and loops are faster.
+#if defined(__SSE2__) || defined(__ARM_NEON)
+constexpr bool kVectorRegisters = true;
+#else
+constexpr bool kVectorRegisters = false;
+#endif
 
 using U8 = std::uint8_t __attribute__((vector_size(kVectorBytes)));
 using U16 = std::uint16_t __attribute__((vector_size(kVectorBytes)));

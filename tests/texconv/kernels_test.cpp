@@ -53,8 +53,9 @@ TEST(RowKernels, WordsOfEveryLayoutAndLength) {
 
 TEST(RowKernels, ChannelsOfEveryValue) {
     const std::vector<std::uint16_t> halves = EveryWord();
-    const Bytes bytes(BytesOf(halves));                        // every byte at even and odd places
-    std::vector<std::uint32_t> words{0x4B808080, 0x4B808081};  // 255 times: just below 2^32 and 2^32 itself
+    const Bytes bytes(BytesOf(halves));  // every byte at even and odd places
+    // 255 times the first three: just below 2^31, just below 2^32, and 2^32.
+    std::vector<std::uint32_t> words{0x4B008080, 0x4B808080, 0x4B808081};
     Random random(2);
     for (std::uint32_t i = 0; i < 65536; ++i) {
         // Every sign and exponent, with the ends of the mantissas.
@@ -69,6 +70,10 @@ TEST(RowKernels, ChannelsOfEveryValue) {
         });
     };
     check(&RowKernels::floatsToBytes, words, 1);
+    std::vector<std::uint32_t> below2;
+    std::ranges::copy_if(words, std::back_inserter(below2),
+                         [](std::uint32_t word) { return word < 0x40000000; });
+    check(&RowKernels::floatsToBytes, below2, 1);  // which has a shorter way
     check(&RowKernels::halvesToBytes, halves, 1);
     check(&RowKernels::bytesToFloats, bytes, 4);
     check(&RowKernels::bytesToHalves, bytes, 2);

@@ -96,6 +96,10 @@ TEST(Plain, Strides) {
          {3, 2, FMT_RGB888, {1, 2, 3, 4, 5, 6, 7, 8}, Flags{.stride = 4}},
          {3, 2, FMT_RGBA8888},
          {1, 2, 3, 255, 4, 5, 6, 255, 7, 8, 0, 255, 5, 6, 7, 255, 8, 0, 0, 255, 0, 0, 0, 255}},
+        {"also where a mask reaches beyond the pixel",
+         {3, 2, FMT_RGB888, {1, 2, 3, 4, 5, 6, 7, 8}, Flags{.stride = 4, .red = 0xFF000000}},
+         {3, 2, FMT_RGBA8888},
+         {4, 2, 3, 255, 7, 5, 6, 255, 0, 8, 0, 255, 8, 6, 7, 255, 0, 0, 0, 255, 0, 0, 0, 255}},
     };
     const Bytes written{1, 2, 3, 4, 11, 12, 13, 14, 15, 16, 17, 18, 19};
     for (const std::ptrdiff_t room : {8, 11, 13}) {
