@@ -42,6 +42,8 @@ TEST_F(Info, CountsNodesByClassAndShowsTheTree) {
     EXPECT_TRUE(json["tree"]["children"][0]["children"][1]["texture"].is_null());
     EXPECT_NE(Print("info scene.json --children 1").find("└─ and 1 more\n"), std::string::npos);
     EXPECT_EQ(Print("info scene.json").find("more"), std::string::npos);
+    WriteText("a\x1b.json", kScene);
+    EXPECT_TRUE(Print("info 'a\x1b.json'").starts_with("a\\x1b.json\n"));
 }
 
 TEST_F(Info, ReadsHundredThousandNodes) {

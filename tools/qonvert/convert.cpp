@@ -7,11 +7,11 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "tools/common/progress.h"
 #include "tools/qonvert/convert_file.h"
 #include "tools/qonvert/files.h"
 #include "tools/qonvert/format_names.h"
 #include "tools/qonvert/parallel.h"
-#include "tools/qonvert/progress.h"
 #include "tools/qonvert/verbs.h"
 
 namespace qonvert {
@@ -24,7 +24,7 @@ std::vector<Outcome> ConvertAll(const std::vector<Job>& jobs, const ConvertOptio
     const auto files = static_cast<unsigned>(std::min<std::size_t>(jobs.size(), options.threads));
     const unsigned perFile = std::max(options.threads / std::max(files, 1u), 1u);
     std::atomic<bool> failed{false};
-    Progress progress(jobs.size());
+    tools::Progress progress(jobs.size());
     ParallelFor(jobs.size(), files, [&](std::size_t i) {
         if (failed && !options.keepGoing) {
             return;

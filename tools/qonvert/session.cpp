@@ -1,25 +1,10 @@
 #include "tools/qonvert/session.h"
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <iostream>
 #include <nlohmann/json.hpp>
 
 namespace qonvert {
-
-std::string Printable(std::string_view text) {
-    std::string printable;
-    for (const char c : text) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) {
-            char escape[5];
-            std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned>(c));
-            printable += escape;
-        } else {
-            printable += c;
-        }
-    }
-    return printable;
-}
 
 std::ostream& Session::text() const {
     return streamsData ? std::cerr : std::cout;

@@ -5,8 +5,8 @@
 #include <iosfwd>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
-#include <string_view>
 
+#include "tools/common/printable.h"
 #include "tools/qonvert/finding.h"
 
 namespace CLI {
@@ -15,8 +15,7 @@ class App;
 
 namespace qonvert {
 
-// What a terminal may be given: control bytes, which file names may hold, become "\x1b".
-std::string Printable(std::string_view text);
+using tools::Printable;
 
 struct Session {
     bool json = false;

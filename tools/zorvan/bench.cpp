@@ -1,9 +1,10 @@
 #include <CLI/CLI.hpp>
 #include <numeric>
 
+#include "tools/common/printable.h"
+#include "tools/common/progress.h"
 #include "tools/zorvan/census.h"
 #include "tools/zorvan/draw_counter.h"
-#include "tools/zorvan/progress.h"
 #include "tools/zorvan/report.h"
 #include "tools/zorvan/stage.h"
 #include "tools/zorvan/verb.h"
@@ -36,14 +37,14 @@ struct Rates {
 
 FrameFigures Measure(BenchOptions const& options, Stage& stage) {
     FrameFigures figures;
-    Progress progress(options.frames);
+    tools::Progress progress(options.frames);
     for (uint32_t i = 0; i < kWarmUpFrames + options.frames; ++i) {
         const uint64_t callsBefore = DrawCallCount();
         const FrameTimes times =
             stage.Draw(RealFixed::FromRaw(static_cast<int32_t>(int64_t{i} * 65536 / kFramesPerSecond)));
         if (i >= kWarmUpFrames) {
             figures.Add(times, DrawCallCount() - callsBefore);
-            progress.Step();
+            progress.Step(options.stage.scene);
         }
     }
     return figures;
@@ -51,7 +52,7 @@ FrameFigures Measure(BenchOptions const& options, Stage& stage) {
 
 void PrintText(BenchOptions const& options, Rates const& rates, Stage const& stage,
                FrameFigures const& figures) {
-    std::printf("%s: %s, %u sprites, %u frames\n", options.stage.scene.c_str(),
+    std::printf("%s: %s, %u sprites, %u frames\n", tools::Printable(options.stage.scene).c_str(),
                 ToText(stage.GetSize()).c_str(), rates.sprites, options.frames);
     constexpr struct {
         char const* name;

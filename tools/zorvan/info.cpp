@@ -5,6 +5,7 @@
 #include "core/sprite.h"
 #include "core/text.h"
 #include "core/timeline.h"
+#include "tools/common/printable.h"
 #include "tools/zorvan/census.h"
 #include "tools/zorvan/describe_node.h"
 #include "tools/zorvan/loaded_scene.h"
@@ -147,7 +148,7 @@ void PrintTree(Node& node, std::string const& margin, uint32_t mostChildren) {
 
 void PrintText(InfoOptions const& options, LoadedScene& loaded, Census const& census) {
     Scene& scene = loaded.GetScene();
-    std::printf("%s\n", options.scene.c_str());
+    std::printf("%s\n", tools::Printable(options.scene).c_str());
     std::printf(
         "%u nodes, %u deep: %u sprites, %u texts, %u timelines with %u tracks, %u cameras, %u groups\n",
         census.nodes, census.depth, census.sprites, census.texts, census.timelines, census.tracks,
@@ -163,7 +164,7 @@ void PrintText(InfoOptions const& options, LoadedScene& loaded, Census const& ce
     std::printf("%s\n", DescribeNode(*scene.root).c_str());
     PrintTree(*scene.root, "", options.children);
     for (std::string const& problem : FindProblems(scene)) {
-        std::printf("warning: %s\n", problem.c_str());
+        std::printf("warning: %s\n", tools::Printable(problem).c_str());
     }
 }
 

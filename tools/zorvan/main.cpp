@@ -7,6 +7,7 @@
 #include <exception>
 #include <new>
 
+#include "tools/common/printable.h"
 #include "tools/zorvan/interruption.h"
 #include "tools/zorvan/verb.h"
 
@@ -17,17 +18,8 @@ using zorvan::tool::Failure;
 using zorvan::tool::Status;
 using zorvan::tool::Verb;
 
-// One line, whatever the names of files hold.
 int Report(ExitCode code, std::string const& message) {
-    std::string line;
-    for (const char c : message) {
-        char escape[5] = {c};
-        if (static_cast<unsigned char>(c) < ' ' || c == 127) {
-            std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned>(c));
-        }
-        line += escape;
-    }
-    std::fprintf(stderr, "zorvan: %s\n", line.c_str());
+    std::fprintf(stderr, "zorvan: %s\n", tools::Printable(message).c_str());
     return static_cast<int>(code);
 }
 

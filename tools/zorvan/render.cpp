@@ -2,12 +2,13 @@
 
 #include <CLI/CLI.hpp>
 
+#include "tools/common/printable.h"
+#include "tools/common/progress.h"
 #include "tools/zorvan/draw_counter.h"
 #include "tools/zorvan/film_output.h"
 #include "tools/zorvan/frame_output.h"
 #include "tools/zorvan/interruption.h"
 #include "tools/zorvan/node_places.h"
-#include "tools/zorvan/progress.h"
 #include "tools/zorvan/report.h"
 #include "tools/zorvan/sheet_output.h"
 #include "tools/zorvan/stage.h"
@@ -79,7 +80,7 @@ Status DrawFrames(RenderOptions const& options, Stage& stage, FrameOutput& outpu
                   NodePlaces& places) {
     const SheetGrid all{options.frames.Count(), 1};
     const std::vector<uint32_t> numbers = SheetFrames(options.frames, options.sheet.value_or(all));
-    Progress progress(static_cast<uint32_t>(numbers.size()));
+    tools::Progress progress(numbers.size());
     for (uint32_t number : numbers) {
         const uint64_t callsBefore = DrawCallCount();
         const FrameTimes times =
@@ -96,7 +97,7 @@ Status DrawFrames(RenderOptions const& options, Stage& stage, FrameOutput& outpu
         if (Status interruption = CheckInterruption()) {
             return interruption;
         }
-        progress.Step();
+        progress.Step(options.out);
     }
     return output.Finish();
 }
@@ -130,9 +131,10 @@ void PrintText(RenderOptions const& options, Stage& stage, FrameFigures const& f
     }
     const size_t frames = figures.total.size();
     std::fprintf(stream, "%s: %s, %zu frame%s, %llu draw calls, median %.2f ms, p95 %.2f ms\n",
-                 ToStream(options) ? "standard output" : options.out.c_str(), ToText(stage.GetSize()).c_str(),
-                 frames, frames == 1 ? "" : "s", static_cast<unsigned long long>(figures.drawCalls),
-                 Median(figures.total), Percentile(figures.total, 0.95));
+                 ToStream(options) ? "standard output" : tools::Printable(options.out).c_str(),
+                 ToText(stage.GetSize()).c_str(), frames, frames == 1 ? "" : "s",
+                 static_cast<unsigned long long>(figures.drawCalls), Median(figures.total),
+                 Percentile(figures.total, 0.95));
 }
 
 Result<std::unique_ptr<FrameOutput>> MakeOutput(RenderOptions const& options) {

@@ -6,6 +6,7 @@
 
 #include "core/image_file.h"
 #include "core/sprite.h"
+#include "tools/common/printable.h"
 #include "tools/zorvan/describe_node.h"
 #include "tools/zorvan/draw_counter.h"
 #include "tools/zorvan/file_watch.h"
@@ -102,8 +103,8 @@ Status Viewer::Run() {
     if (Status failure = Open()) {
         return failure;
     }
-    std::printf("%s: %s; see zorvan view --help for the keys\n", options_.stage.scene.c_str(),
-                ToText(stage_->GetSize()).c_str());
+    std::printf("%s: %s; see zorvan view --help for the keys\n",
+                tools::Printable(options_.stage.scene).c_str(), ToText(stage_->GetSize()).c_str());
     while (true) {
         std::fflush(stdout);
         changed_ |= window_->HandleEvents(state_);
@@ -127,7 +128,7 @@ Status Viewer::Run() {
         Frame();
         if (requests.screenshot) {
             if (Status failure = SaveScreenshot()) {
-                std::fprintf(stderr, "zorvan: %s\n", failure->message.c_str());
+                std::fprintf(stderr, "zorvan: %s\n", tools::Printable(failure->message).c_str());
             }
         }
         window_->Swap();
@@ -192,12 +193,12 @@ void Viewer::Reload() {
     changed_ = true;
     if (Status failure = stage_->Reload()) {
         error_ = failure->message;
-        std::fprintf(stderr, "zorvan: %s\n", error_.c_str());
+        std::fprintf(stderr, "zorvan: %s\n", tools::Printable(error_).c_str());
         return;
     }
     error_.clear();
     TakeScene();
-    std::printf("%s: loaded again\n", options_.stage.scene.c_str());
+    std::printf("%s: loaded again\n", tools::Printable(options_.stage.scene).c_str());
 }
 
 void Viewer::Select(WindowPoint point) {
@@ -211,7 +212,7 @@ void Viewer::Select(WindowPoint point) {
     }
     Node& top = *nodes[nodes.Count() - 1];
     std::printf("%d, %d: %s  %s%s%s  %s\n", point.x, point.y, NodePath(top).c_str(), ClassName(top).c_str(),
-                top.name.empty() ? "" : "  ", top.name.c_str(), PropertyText(top).c_str());
+                top.name.empty() ? "" : "  ", tools::Printable(top.name).c_str(), PropertyText(top).c_str());
 }
 
 Status Viewer::SaveScreenshot() {
@@ -231,7 +232,7 @@ Status Viewer::SaveScreenshot() {
     if (const std::string problem = WritePng(path, *image); !problem.empty()) {
         return Failure{ExitCode::Io, path + ": cannot write: " + problem};
     }
-    std::printf("screenshot: %s\n", path.c_str());
+    std::printf("screenshot: %s\n", tools::Printable(path).c_str());
     return std::nullopt;
 }
 

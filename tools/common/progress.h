@@ -1,12 +1,13 @@
-// A line that counts finished files, on a terminal only.
+// A line that says how far a long run is.
 #pragma once
 
 #include <cstddef>
 #include <mutex>
 #include <string>
 
-namespace qonvert {
+namespace tools {
 
+// Written to standard error, only when that is a terminal and there is more than one step.
 class Progress {
   public:
     explicit Progress(std::size_t total);
@@ -15,7 +16,7 @@ class Progress {
     // Clears the line.
     ~Progress();
 
-    // From any thread.
+    // One more is done; from any thread.
     void Step(const std::string& name);
 
   private:
@@ -25,4 +26,4 @@ class Progress {
     bool visible_;
 };
 
-}  // namespace qonvert
+}  // namespace tools

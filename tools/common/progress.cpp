@@ -1,12 +1,12 @@
-#include "tools/qonvert/progress.h"
+#include "tools/common/progress.h"
 
 #include <unistd.h>
 
 #include <cstdio>
 
-#include "tools/qonvert/session.h"
+#include "tools/common/printable.h"
 
-namespace qonvert {
+namespace tools {
 
 Progress::Progress(std::size_t total) : total_(total), visible_(total > 1 && isatty(STDERR_FILENO) != 0) {}
 
@@ -24,4 +24,4 @@ void Progress::Step(const std::string& name) {
     }
 }
 
-}  // namespace qonvert
+}  // namespace tools
