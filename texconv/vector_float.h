@@ -54,7 +54,7 @@ template <typename From, typename To, typename Convert>
 
 // 255 times the values, truncated, in the lowest bytes. From 2^31 on the lowest byte of a whole number is 0;
 // from 2^32 on all bits count as set.
-[[gnu::always_inline]] inline I32 Bytes(const F32& in) {
+[[gnu::always_inline]] inline I32 ByteValues(const F32& in) {
     const F32 value = in * 255.0f;
     const auto bits = reinterpret_cast<I32>(value);
     const I32 inRange = bits & (bits > 0) & (value < 0x1p31f);
@@ -84,7 +84,7 @@ void FloatsToBytes(const std::uint8_t* from, std::size_t count, std::uint8_t* to
         U16 bytes[4];
         for (std::size_t part = 0; part < 4; ++part) {
             bytes[part] = reinterpret_cast<U16>(simple ? __builtin_convertvector(values[part] * 255.0f, I32)
-                                                       : Bytes(values[part]));
+                                                       : ByteValues(values[part]));
         }
         const auto low = reinterpret_cast<U8>(EvenLanes(bytes[0], bytes[1]));
         const auto high = reinterpret_cast<U8>(EvenLanes(bytes[2], bytes[3]));
