@@ -1,5 +1,6 @@
 // Every set of kernels against the plain one, bit for bit, at every length and alignment.
 #include <algorithm>
+#include <iterator>
 #include <limits>
 
 #include "tests/texconv/support.h"

@@ -4,6 +4,7 @@
 
 #include "core/graphics_device.h"
 #include "core/transform_node.h"
+#include "tools/common/printable.h"
 #include "tools/zorvan/describe_node.h"
 
 namespace zorvan::tool {
@@ -98,11 +99,12 @@ Json NodePlaces::ToJson() const {
 void NodePlaces::Print(std::FILE* stream) const {
     for (Frame const& frame : frames_) {
         for (size_t i = 0; i < nodes_.size(); ++i) {
-            char const* name = nodes_[i].name.c_str();
+            const std::string name = tools::Printable(nodes_[i].name);
             if (std::optional<Point> const& point = frame.points[i]) {
-                std::fprintf(stream, "frame %u: %s at %.2f, %.2f\n", frame.number, name, point->x, point->y);
+                std::fprintf(stream, "frame %u: %s at %.2f, %.2f\n", frame.number, name.c_str(), point->x,
+                             point->y);
             } else {
-                std::fprintf(stream, "frame %u: %s is not drawn\n", frame.number, name);
+                std::fprintf(stream, "frame %u: %s is not drawn\n", frame.number, name.c_str());
             }
         }
     }
