@@ -15,14 +15,11 @@ struct FileBytes {
     std::string error;  // empty when the file was read; without the file's name
 };
 
-// A name in the same folder that no other file of this process gets, for writing before renaming.
-ZORVAN_CORE_API std::string TemporaryBeside(std::string const& path);
-
 // Refuses folders and files of more than largest bytes.
 ZORVAN_CORE_API FileBytes ReadFileBytes(std::string const& path, uint32_t largest);
 
-// Writes beside the target and renames, so that the target is either the old or the whole new file.
-// The error, or empty; without the file's name.
+// Writes beside the target and renames, so that the target is either the old or the whole new file; a device,
+// a pipe or a socket is written as it stands. The error, or empty; without the file's name.
 ZORVAN_CORE_API std::string WriteFileBytes(std::string const& path, std::string_view bytes);
 
 }  // namespace zorvan

@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "tests/qonvert/tool.h"
-#include "tools/qonvert/unfinished.h"
+#include "texfile/unfinished.h"
 
 namespace qonvert {
 namespace {
@@ -104,7 +104,7 @@ const FailureRow kRows[] = {
     {"convert @lost.txt --out-dir sub", 2, "no.png: No such file or directory"},
     {"convert a.png --out-dir etc.ktx", 2, "etc.ktx: Not a directory"},
     {"convert \"$(printf 'x\\ny\\033[2J')\" b.ktx", 2, "x\\x0ay\\x1b[2J: No such file or directory"},
-    {"convert sub b.ktx", 2, "sub: Is a directory"},
+    {"convert sub b.ktx", 2, "sub: got a folder, expected a file"},
     {"convert a.png /dev/full --container ktx --overwrite", 2, "/dev/full: No space left on device"},
     {"info none.png", 2, "none.png: No such file or directory"},
     {"info etc.ktx >/dev/full", 2, "standard output cannot be written"},
@@ -150,8 +150,8 @@ TEST_F(Failure, IsOneLineItsExitCodeAndNoFile) {
 TEST_F(Failure, EndsWithoutUnfinishedFiles) {
     const std::vector<std::string> before = Names();
     const auto begin = [this] {
-        RemoveUnfinishedAtTheEnd();
-        BeginUnfinished(Path("part"), [this] {
+        texfile::RemoveUnfinishedAtTheEnd();
+        texfile::BeginUnfinished(Path("part"), [this] {
             Write("part", Bytes(9));
             return true;
         });

@@ -159,7 +159,7 @@ TEST_F(Render, FailsInOneLine) {
          "EGL: got size 32000x80, this display allows 4096x4096 at most"},
         {"render scene.json a.png --frames 0..2 --sheet 100x100", 1,
          "--sheet: got a sheet of 26004x26004 pixels, expected at most 16384 each way; see --size"},
-        {"render scene.json folder.png", 2, "folder.png: cannot write: Is a directory"},
+        {"render scene.json folder.png", 2, "folder.png: cannot write: got a folder, expected a file"},
         {"render scene.json - --raw rgba >/dev/full", 2,
          "standard output: cannot write: No space left on device"},
         {"render scene.json - --size 8x8 >/dev/full", 2,

@@ -26,7 +26,7 @@ Bytes ReadFile(const std::string& path);
 void CheckWritable(const std::string& path, bool overwrite);
 
 // Writes a temporary file beside `path` and renames it, so that there is the whole file or none; see
-// unfinished.h for what signals do.
+// texfile/unfinished.h for what signals do. Devices, pipes and sockets are written as they stand.
 // Throws ToolError (I/O), also when the file exists and `overwrite` is not set.
 void WriteFile(const std::string& path, ByteSpan bytes, bool overwrite);
 

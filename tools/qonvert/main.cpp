@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/qonvert/unfinished.h"
+#include "texfile/unfinished.h"
 #include "tools/qonvert/verbs.h"
 
 namespace {
@@ -91,7 +91,7 @@ ExitCode Run(int argc, char** argv, Session& session) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    RemoveUnfinishedAtTheEnd();
+    texfile::RemoveUnfinishedAtTheEnd();
     // A file that grows beyond a limit is a failed write like any other.
     std::signal(SIGXFSZ, SIG_IGN);
     Session session;

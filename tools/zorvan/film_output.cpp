@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/file_bytes.h"
+#include "texfile/output_file.h"
 #include "tools/zorvan/interruption.h"
 
 namespace zorvan::tool {
@@ -76,7 +76,6 @@ class FilmOutput final : public FrameOutput {
   public:
     FilmOutput(std::string path, FilmFormat const& format, uint32_t framesPerSecond)
         : path_(std::move(path)),
-          part_(TemporaryBeside(path_)),
           format_(format),
           framesPerSecond_(framesPerSecond),
           messages_(std::tmpfile()) {}
@@ -92,8 +91,12 @@ class FilmOutput final : public FrameOutput {
     bool Close();
     // The failure, with the last line that ffmpeg said or the system's reason.
     Failure Explain();
+    Failure CannotWrite(std::string const& reason) const;
+    // What ffmpeg calls the file: a name that cannot come to stand for another file meanwhile.
+    std::string FileForFfmpeg() const { return "/dev/fd/" + std::to_string(file_.Descriptor()); }
 
-    std::string path_, part_;
+    std::string path_;
+    texfile::OutputFile file_;
     FilmFormat const& format_;
     uint32_t framesPerSecond_;
     std::FILE* messages_;  // ffmpeg's
@@ -109,8 +112,6 @@ FilmOutput::~FilmOutput() {
     if (messages_ != nullptr) {
         std::fclose(messages_);
     }
-    std::error_code error;
-    fs::remove(part_, error);
 }
 
 std::vector<std::string> FilmOutput::Command(Image const& frame) const {
@@ -132,7 +133,7 @@ std::vector<std::string> FilmOutput::Command(Image const& frame) const {
                                         "pipe:0"};
     command.insert(command.end(), format_.options.begin(), format_.options.end());
     // A protocol in front, so that no name is taken for an option or an address.
-    command.insert(command.end(), {"-f", format_.muxer, "file:" + part_});
+    command.insert(command.end(), {"-f", format_.muxer, "file:" + FileForFfmpeg()});
     return command;
 }
 
@@ -150,6 +151,7 @@ bool FilmOutput::Start(Image const& frame) {
     child_ = fork();
     if (child_ == 0) {
         std::signal(SIGPIPE, SIG_DFL);
+        fcntl(file_.Descriptor(), F_SETFD, 0);
         if (dup2(ends[0], STDIN_FILENO) >= 0 && dup2(fileno(messages_), STDOUT_FILENO) >= 0 &&
             dup2(fileno(messages_), STDERR_FILENO) >= 0) {
             execvp(words[0], words.data());
@@ -181,17 +183,27 @@ Failure FilmOutput::Explain() {
         for (char line[512]; std::fgets(line, sizeof line, messages_) != nullptr;) {
             line[std::strcspn(line, "\r\n")] = 0;
             reason = line[0] != 0 ? std::string("ffmpeg: ") + line : reason;
-            if (const size_t at = reason.find(part_); at != std::string::npos) {
-                reason.replace(at, part_.size(), path_);
+            const std::string file = "file:" + FileForFfmpeg();
+            if (const size_t at = reason.find(file); at != std::string::npos) {
+                reason.replace(at, file.size(), path_);
             }
         }
     }
+    return CannotWrite(reason);
+}
+
+Failure FilmOutput::CannotWrite(std::string const& reason) const {
     return {ExitCode::Io, path_ + ": cannot write: " + reason};
 }
 
 Status FilmOutput::Write(uint32_t, Image const& frame) {
-    if (child_ == 0 && !Start(frame)) {
-        return Explain();
+    if (child_ == 0) {
+        if (texfile::IoError error = file_.Open(path_, texfile::Existing::kReplace)) {
+            return CannotWrite(error.Text());
+        }
+        if (!Start(frame)) {
+            return Explain();
+        }
     }
     for (std::span<uint8_t const> rest = frame.rgba; !rest.empty();) {
         const ssize_t written = write(pipe_, rest.data(), rest.size());
@@ -208,10 +220,12 @@ Status FilmOutput::Write(uint32_t, Image const& frame) {
 }
 
 Status FilmOutput::Finish() {
-    if (!Close() || std::rename(part_.c_str(), path_.c_str()) != 0) {
+    if (!Close()) {
         return Explain();
     }
-    return std::nullopt;
+    texfile::IoError error = file_.Sync();
+    error = error ? error : file_.Commit();
+    return error ? Status(CannotWrite(error.Text())) : std::nullopt;
 }
 
 }  // namespace

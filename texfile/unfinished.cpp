@@ -1,4 +1,4 @@
-#include "tools/qonvert/unfinished.h"
+#include "texfile/unfinished.h"
 
 #include <unistd.h>
 
@@ -9,7 +9,7 @@
 #include <system_error>
 #include <thread>
 
-namespace qonvert {
+namespace texfile {
 
 namespace {
 
@@ -69,9 +69,11 @@ void RemoveUnfinishedAtTheEnd() {
 
 bool BeginUnfinished(const std::string& name, const std::function<bool()>& begin) {
     const std::lock_guard lock(TheRegistry().mutex);
+    // First, as memory may lack for it: a file that nobody knows would stay.
+    const auto entry = TheRegistry().names.insert(name).first;
     const bool begun = begin();
-    if (begun) {
-        TheRegistry().names.insert(name);
+    if (!begun) {
+        TheRegistry().names.erase(entry);
     }
     return begun;
 }
@@ -82,4 +84,4 @@ void EndUnfinished(const std::string& name, const std::function<void()>& end) {
     TheRegistry().names.erase(name);
 }
 
-}  // namespace qonvert
+}  // namespace texfile
