@@ -108,6 +108,9 @@ TXC_API uint32_t TxCompressQueryDecodeBufferSize(uint32_t width, uint32_t height
 /* Encodes one image as TXC_FORMAT_ATC or TXC_FORMAT_ATC_LEGACY, with explicit 4-bit alpha where
  * TXC_FLAG_ALPHA is set, and fills all five fields of *header. *dstSize is the capacity of dst and is
  * left as it is. A null dst asks for the size only: it is stored in *dstSize, header is not touched.
+ * Sides are signed 32-bit numbers here: an image with a side of 2^31 or more has no blocks. Where its size,
+ * which wraps, is within *dstSize, the header is filled, nothing is encoded, and TXC_OK comes back: callers
+ * that may meet such sides check them first. Blocks that do not fit are refused, wrapped or not.
  * Fails with TXC_ERR_BAD_FLAGS, TXC_ERR_BAD_FORMAT or TXC_ERR_BUFFER_TOO_SMALL, tested in this order. */
 TXC_API uint32_t ATI_TC_EncodeImage_Seperate_Header(const void* src, uint32_t maskR, uint32_t maskG,
                                                     uint32_t maskB, uint32_t maskA, uint32_t width,
