@@ -220,46 +220,6 @@ TEST_F(Render, SheetsSpreadOverTheFrames) {
     EXPECT_EQ(PixelAt(sheet, 4, 264), kBlack);
 }
 
-TEST_F(Render, FilmsAreMadeByFfmpeg) {
-    if (!Installed("ffmpeg") || !Installed("ffprobe")) {
-        GTEST_SKIP() << "needs the program ffmpeg";
-    }
-    for (std::string name : {"a.gif", "a.mp4", "a.WebM"}) {
-        SCOPED_TRACE(name);
-        const ToolRun run = Run("render scene.json " + name + " --frames 0..9 --fps 10 --size 64x48");
-        ASSERT_EQ(run.code, 0) << run.err;
-        EXPECT_EQ(Names(), (std::vector<std::string>{name, "scene.json"}));
-        // And back: each picture replaces the one before, up to the last.
-        ASSERT_TRUE(Shell(
-            "ffprobe -v error -count_frames -show_entries stream=width,height,nb_read_frames -of csv=p=0 " +
-            name + " | grep -x 64,48,10 && ffmpeg -v error -i " + name + " -update 1 last.png"));
-        const uint32_t pixel = PixelAt(ReadPicture("last.png"), 48, 1);  // the green square, at 182 units
-        EXPECT_GT(pixel >> 16 & 255, 180u);
-        EXPECT_LT(pixel >> 24, 80u);
-        ASSERT_TRUE(Shell("rm last.png " + name));
-    }
-}
-
-TEST_F(Render, FilmsThatFailLeaveNothingBehind) {
-    const std::string path = std::getenv("PATH");
-    setenv("PATH", Path("bin").c_str(), 1);
-    ExpectFailure({"render scene.json a.gif", 5,
-                   "a.gif: films are made by the program ffmpeg, which is not on the path (Debian: ffmpeg)"});
-    // One that stops at once, with a reason.
-    WriteText("bin/ffmpeg", "#!/bin/sh\necho first >&2; echo no such codec >&2; exit 1\n");
-    std::filesystem::permissions(Path("bin/ffmpeg"), std::filesystem::perms::owner_all);
-    ExpectFailure({"render scene.json a.mp4 --frames 0..9", 2, "a.mp4: cannot write: ffmpeg: no such codec"});
-    // One that takes its time: a signal breaks off the write that waits for it.
-    setenv("PATH", (Path("bin") + ":" + path).c_str(), 1);
-    WriteText("bin/ffmpeg", "#!/bin/sh\nfor out; do :; done\n: >${out#file:}\nexec sleep 60\n");
-    EXPECT_TRUE(Shell(R"($TOOL render scene.json a.mp4 --frames 0..9 2>said & tool=$!
-        until set -- .zorvan-*; [ -e "$1" ]; do kill -0 $tool || break; sleep 0.01; done
-        kill $tool; wait $tool
-        [ $? = 143 ] && grep -x 'zorvan: interrupted' said && rm said)"));
-    setenv("PATH", path.c_str(), 1);
-    EXPECT_EQ(Names(), (std::vector<std::string>{"bin", "bin/ffmpeg", "scene.json"}));
-}
-
 // Mean difference of all channels, or a huge number for different sizes.
 double Difference(Image const& a, Image const& b) {
     double sum = a.width == b.width && a.height == b.height ? 0 : 1e99;

@@ -1,32 +1,24 @@
 #include "tools/zorvan/film_output.h"
 
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <algorithm>
 #include <cerrno>
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <span>
-#include <utility>
 #include <vector>
 
 #include "texfile/output_file.h"
+#include "tools/zorvan/ffmpeg.h"
+#include "tools/zorvan/film_check.h"
 #include "tools/zorvan/interruption.h"
 
 namespace zorvan::tool {
 namespace {
 
-namespace fs = std::filesystem;
-
 struct FilmFormat {
     char const* extension;
     char const* muxer;
     std::vector<char const*> options;
+    bool (*isWhole)(int descriptor);
+    bool isStreamable;
 };
 
 // GIF gets the best 256 colours of the whole film; films for players have even sides and halved chroma.
@@ -38,14 +30,20 @@ std::vector<FilmFormat> const& Formats() {
          {"-filter_complex",
           "split[a][b];[a]palettegen=stats_mode=diff[p];[b][p]paletteuse=dither=bayer:bayer_scale=4:diff_"
           "mode="
-          "rectangle"}},
+          "rectangle"},
+         IsWholeGif,
+         true},
         {".mp4",
          "mp4",
-         {"-vf", kEven, "-c:v", "libx264", "-crf", "18", "-pix_fmt", "yuv420p", "-movflags", "+faststart"}},
+         {"-vf", kEven, "-c:v", "libx264", "-crf", "18", "-pix_fmt", "yuv420p", "-movflags", "+faststart"},
+         IsWholeMp4,
+         false},
         {".webm",
          "webm",
          {"-vf", kEven, "-c:v", "libvpx-vp9", "-crf", "24", "-b:v", "0", "-row-mt", "1", "-pix_fmt",
-          "yuv420p"}}};
+          "yuv420p"},
+         IsWholeWebm,
+         true}};
     return kFormats;
 }
 
@@ -59,160 +57,81 @@ FilmFormat const* FindFormat(std::string const& path) {
     return nullptr;
 }
 
-bool IsOnPath(char const* program) {
-    char const* path = std::getenv("PATH");
-    std::string folders = path == nullptr ? "" : path;
-    for (size_t from = 0; from <= folders.size();) {
-        const size_t end = std::min(folders.find(':', from), folders.size());
-        if (access((fs::path(folders.substr(from, end - from)) / program).c_str(), X_OK) == 0) {
-            return true;
-        }
-        from = end + 1;
-    }
-    return false;
+Failure CannotWrite(std::string const& path, std::string const& reason) {
+    return {ExitCode::Io, path + ": cannot write: " + reason};
 }
 
 class FilmOutput final : public FrameOutput {
   public:
     FilmOutput(std::string path, FilmFormat const& format, uint32_t framesPerSecond)
-        : path_(std::move(path)),
-          format_(format),
-          framesPerSecond_(framesPerSecond),
-          messages_(std::tmpfile()) {}
-    ~FilmOutput() override;
+        : path_(std::move(path)), format_(format), framesPerSecond_(framesPerSecond) {}
 
     Status Write(uint32_t number, Image const& frame) override;
     Status Finish() override;
 
   private:
-    std::vector<std::string> Command(Image const& frame) const;
-    bool Start(Image const& frame);
-    // Ends ffmpeg's input and waits for its end; whether all went well.
-    bool Close();
-    // The failure, with the last line that ffmpeg said or the system's reason.
-    Failure Explain();
-    Failure CannotWrite(std::string const& reason) const;
+    Status Start(Image const& frame);
+    std::vector<std::string> Arguments(Image const& frame) const;
     // What ffmpeg calls the file: a name that cannot come to stand for another file meanwhile.
-    std::string FileForFfmpeg() const { return "/dev/fd/" + std::to_string(file_.Descriptor()); }
+    std::string FileForFfmpeg() const;
+    // A reason of ffmpeg's as a failure; empty becomes `otherwise`.
+    Failure Explain(std::string reason, std::string const& otherwise) const;
 
     std::string path_;
     texfile::OutputFile file_;
     FilmFormat const& format_;
     uint32_t framesPerSecond_;
-    std::FILE* messages_;  // ffmpeg's
-    int pipe_ = -1;        // ffmpeg's input
-    pid_t child_ = 0;
+    Ffmpeg ffmpeg_;  // dies before its file goes
 };
 
-FilmOutput::~FilmOutput() {
-    if (child_ > 0) {
-        kill(child_, SIGKILL);
-        Close();
-    }
-    if (messages_ != nullptr) {
-        std::fclose(messages_);
-    }
+std::string FilmOutput::FileForFfmpeg() const {
+    // A protocol in front, so that no name is taken for an option or an address. A file is opened anew, as
+    // formats go back in it; a stream is written as it stands.
+    return (file_.IsStream() ? "pipe:" : "file:/dev/fd/") + std::to_string(file_.Descriptor());
 }
 
-std::vector<std::string> FilmOutput::Command(Image const& frame) const {
+std::vector<std::string> FilmOutput::Arguments(Image const& frame) const {
     const std::string size = std::to_string(frame.width) + "x" + std::to_string(frame.height);
-    std::vector<std::string> command = {"ffmpeg",
-                                        "-v",
-                                        "error",
-                                        "-nostdin",
-                                        "-y",
-                                        "-f",
-                                        "rawvideo",
-                                        "-pix_fmt",
-                                        "rgb0",
-                                        "-s",
-                                        size,
-                                        "-r",
-                                        std::to_string(framesPerSecond_),
-                                        "-i",
-                                        "pipe:0"};
-    command.insert(command.end(), format_.options.begin(), format_.options.end());
-    // A protocol in front, so that no name is taken for an option or an address.
-    command.insert(command.end(), {"-f", format_.muxer, "file:" + FileForFfmpeg()});
-    return command;
+    const std::string rate = std::to_string(framesPerSecond_);
+    std::vector<std::string> arguments = {"-y", "-f", "rawvideo", "-pix_fmt", "rgb0",  "-s",
+                                          size, "-r", rate,       "-i",       "pipe:0"};
+    arguments.insert(arguments.end(), format_.options.begin(), format_.options.end());
+    arguments.insert(arguments.end(), {"-f", format_.muxer, FileForFfmpeg()});
+    return arguments;
 }
 
-bool FilmOutput::Start(Image const& frame) {
-    int ends[2];
-    if (messages_ == nullptr || pipe2(ends, O_CLOEXEC) != 0) {
-        return false;
+Status FilmOutput::Start(Image const& frame) {
+    if (texfile::IoError error = file_.Open(path_, texfile::Existing::kReplace)) {
+        return CannotWrite(path_, error.Text());
     }
-    std::vector<std::string> command = Command(frame);
-    std::vector<char*> words;
-    for (std::string& word : command) {
-        words.push_back(word.data());
-    }
-    words.push_back(nullptr);
-    child_ = fork();
-    if (child_ == 0) {
-        std::signal(SIGPIPE, SIG_DFL);
-        fcntl(file_.Descriptor(), F_SETFD, 0);
-        if (dup2(ends[0], STDIN_FILENO) >= 0 && dup2(fileno(messages_), STDOUT_FILENO) >= 0 &&
-            dup2(fileno(messages_), STDERR_FILENO) >= 0) {
-            execvp(words[0], words.data());
-        }
-        _exit(127);
-    }
-    close(ends[0]);
-    pipe_ = ends[1];
-    return child_ > 0;
+    const std::string reason = ffmpeg_.Start(Arguments(frame), file_.Descriptor());
+    return reason.empty() ? std::nullopt : Status(CannotWrite(path_, reason));
 }
 
-bool FilmOutput::Close() {
-    const bool written = close(std::exchange(pipe_, -1)) == 0;
-    int status = 0;
-    while (waitpid(child_, &status, 0) < 0 && errno == EINTR) {
-        kill(child_, SIGKILL);  // interrupted: the film is given up
+Failure FilmOutput::Explain(std::string reason, std::string const& otherwise) const {
+    const std::string file = FileForFfmpeg();
+    if (const size_t at = reason.find(file); at != std::string::npos) {
+        reason.replace(at, file.size(), path_);
     }
-    child_ = 0;
-    return written && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
-Failure FilmOutput::Explain() {
-    std::string reason = std::strerror(errno);
-    if (child_ > 0) {
-        Close();
-    }
-    if (messages_ != nullptr) {
-        std::rewind(messages_);
-        for (char line[512]; std::fgets(line, sizeof line, messages_) != nullptr;) {
-            line[std::strcspn(line, "\r\n")] = 0;
-            reason = line[0] != 0 ? std::string("ffmpeg: ") + line : reason;
-            const std::string file = "file:" + FileForFfmpeg();
-            if (const size_t at = reason.find(file); at != std::string::npos) {
-                reason.replace(at, file.size(), path_);
-            }
-        }
-    }
-    return CannotWrite(reason);
-}
-
-Failure FilmOutput::CannotWrite(std::string const& reason) const {
-    return {ExitCode::Io, path_ + ": cannot write: " + reason};
+    return CannotWrite(path_, reason.empty() ? otherwise : reason);
 }
 
 Status FilmOutput::Write(uint32_t, Image const& frame) {
-    if (child_ == 0) {
-        if (texfile::IoError error = file_.Open(path_, texfile::Existing::kReplace)) {
-            return CannotWrite(error.Text());
-        }
-        if (!Start(frame)) {
-            return Explain();
+    if (!ffmpeg_.IsRunning()) {
+        if (Status failure = Start(frame)) {
+            return failure;
         }
     }
     for (std::span<uint8_t const> rest = frame.rgba; !rest.empty();) {
-        const ssize_t written = write(pipe_, rest.data(), rest.size());
+        const ssize_t written = ffmpeg_.Write(rest);
+        const int error = errno;
         // A signal ends a write that waits for ffmpeg, with or without a part of the frame written.
         if (Status interruption = CheckInterruption()) {
             return interruption;
         }
         if (written < 0) {
-            return Explain();
+            return Explain(ffmpeg_.Finish(),
+                           std::string("ffmpeg took no more frames: ") + std::strerror(error));
         }
         rest = rest.subspan(static_cast<size_t>(written));
     }
@@ -220,12 +139,16 @@ Status FilmOutput::Write(uint32_t, Image const& frame) {
 }
 
 Status FilmOutput::Finish() {
-    if (!Close()) {
-        return Explain();
+    if (const std::string reason = ffmpeg_.Finish(); !reason.empty()) {
+        return Explain(reason, {});
     }
     texfile::IoError error = file_.Sync();
+    // ffmpeg does not tell of all that it failed to write.
+    if (!error && !file_.IsStream() && !format_.isWhole(file_.Descriptor())) {
+        return CannotWrite(path_, "ffmpeg reported no error, but left a film that is not whole");
+    }
     error = error ? error : file_.Commit();
-    return error ? Status(CannotWrite(error.Text())) : std::nullopt;
+    return error ? Status(CannotWrite(path_, error.Text())) : std::nullopt;
 }
 
 }  // namespace
@@ -235,7 +158,7 @@ bool IsFilmName(std::string const& path) {
 }
 
 Result<std::unique_ptr<FrameOutput>> MakeFilmOutput(std::string const& path, uint32_t framesPerSecond) {
-    if (!IsOnPath("ffmpeg")) {
+    if (!Ffmpeg::IsOnPath()) {
         return Failure{
             ExitCode::Unsupported,
             path + ": films are made by the program ffmpeg, which is not on the path (Debian: ffmpeg)"};
@@ -243,7 +166,16 @@ Result<std::unique_ptr<FrameOutput>> MakeFilmOutput(std::string const& path, uin
     if (Status failure = CheckFolder(path)) {
         return *failure;
     }
-    return std::unique_ptr<FrameOutput>(new FilmOutput(path, *FindFormat(path), framesPerSecond));
+    FilmFormat const& format = *FindFormat(path);
+    texfile::OutputTarget target;
+    if (texfile::IoError error = texfile::FindTarget(path, texfile::Existing::kReplace, target)) {
+        return CannotWrite(path, error.Text());
+    }
+    if (target.isStream && !format.isStreamable) {
+        return CannotWrite(path, std::string("got a stream, expected a file for ") + format.extension +
+                                     "; .gif and .webm can be streams");
+    }
+    return std::unique_ptr<FrameOutput>(new FilmOutput(path, format, framesPerSecond));
 }
 
 }  // namespace zorvan::tool

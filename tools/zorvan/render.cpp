@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "texfile/output_target.h"
 #include "tools/common/printable.h"
 #include "tools/common/progress.h"
 #include "tools/zorvan/draw_counter.h"
@@ -177,7 +178,9 @@ Status Render(RenderOptions const& options) {
         return interruption ? interruption : failure;
     }
     const auto print = options.json ? PrintJson : PrintText;
-    print(options, **stage, figures, places, ToStream(options) ? stderr : stdout);
+    // Not among frames, whatever their name for standard output is.
+    const bool taken = ToStream(options) || texfile::NamedDescriptor(options.out) == STDOUT_FILENO;
+    print(options, **stage, figures, places, taken ? stderr : stdout);
     return std::nullopt;
 }
 
