@@ -144,6 +144,45 @@ TEST_F(ViewWindow, FilesAreLoadedAgain) {
     EXPECT_EQ(NextLine(), "scene.json: loaded again");
 }
 
+TEST_F(ViewWindow, AMissingSceneLeavesTheLastOne) {
+    Do("key o");
+    const struct {
+        char const* commands;
+        std::string said;
+    } rows[] = {
+        {"mkdir scene.json", "scene.json: got a folder, expected a file\n"},
+        {"touch scene.json/a; rm -r scene.json", "scene.json: No such file or directory\n"},
+        // Not waited for; the link to nowhere before it is no news.
+        {"ln -s nowhere scene.json; sleep 0.6; mkfifo pipe; mv pipe scene.json",
+         "scene.json: got a pipe or a device, expected a file to load again\n"},
+    };
+    ASSERT_TRUE(Shell("rm scene.json"));
+    ASSERT_TRUE(WaitFor("errors", "\n"));
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.commands);
+        const size_t before = Read("errors").size();
+        ASSERT_TRUE(Shell(row.commands));
+        ASSERT_TRUE(WaitFor("errors", "\n", before));
+        // Time for the watch to come by again, and to repeat itself.
+        ASSERT_TRUE(Shell("sleep 0.6"));
+        EXPECT_EQ(Shown(50, 100), 0xFF0000u);
+        EXPECT_EQ(Read("errors").substr(before), "zorvan: " + row.said);
+    }
+    ASSERT_TRUE(Shell("rm scene.json"));
+    WriteText("scene.json", SceneText("[0, 1, 0, 1]"));
+    EXPECT_EQ(NextLine(), "scene.json: loaded again");
+    EXPECT_EQ(Shown(50, 100), 0x00FF00u);
+    // Rights that change may make it readable.
+    ASSERT_TRUE(Shell("chmod 600 scene.json"));
+    EXPECT_EQ(NextLine(), "scene.json: loaded again");
+}
+
+TEST_F(ViewWindow, RunsUnseenWhenAskedTo) {
+    ASSERT_TRUE(Shell("SDL_VIDEODRIVER=offscreen $TOOL view scene.json >second 2>&1 & echo $! >second.pid"));
+    EXPECT_TRUE(WaitFor("second", "scene.json: 200x200;"));
+    EXPECT_TRUE(Shell("kill $(cat second.pid)"));
+}
+
 TEST_F(ViewWindow, GoesWithoutAFont) {
     ASSERT_TRUE(
         Shell("HOME=. XDG_DATA_DIRS=. $TOOL view scene.json >second 2>second.errors & echo $! >second.pid"));

@@ -1,27 +1,26 @@
 // Notices when a scene file, or a file that it names, changes.
 #pragma once
 
-#include <filesystem>
+#include <array>
+#include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace zorvan::tool {
 
 class FileWatch {
   public:
-    // Begins anew: with the scene file, and the images and fonts that it names at this time. A file that is
-    // not JSON at this time keeps the names of the last time.
+    // Begins anew: with the scene file, and the images and fonts that it names at this time. A scene that is
+    // no file or not JSON at this time keeps the names of the last time; of pipes nothing is read.
     void Start(std::string const& scene);
-    // Whether a file changed, came or went since the last Start.
+    // Whether a file changed, came, went or got other rights since the last Start.
     bool Changed() const;
 
   private:
-    struct Stamp {
-        std::filesystem::file_time_type time;
-        uintmax_t size = 0;
-        bool exists = false;
-        bool operator==(Stamp const&) const = default;
-    };
+    // Nothing for a file that is not there. Else which file it is, its size and times; of what is no file,
+    // such as a folder, only that.
+    using Stamp = std::optional<std::array<int64_t, 8>>;
     static Stamp StampOf(std::string const& path);
 
     std::map<std::string, Stamp> files_;

@@ -41,6 +41,7 @@ class Viewer {
     void ShowCamera();
     void Frame();
     void CheckFiles();
+    Status CheckSceneToReload() const;
     void Reload();
     void Select(WindowPoint point);
     Status SaveScreenshot();
@@ -187,13 +188,26 @@ void Viewer::CheckFiles() {
     }
 }
 
+Status Viewer::CheckSceneToReload() const {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(options_.stage.scene, error);
+    // The window must not wait for a pipe's writer. The others say themselves what is wrong with them.
+    if (!std::filesystem::is_other(status)) {
+        return std::nullopt;
+    }
+    return Failure{ExitCode::Io,
+                   options_.stage.scene + ": got a pipe or a device, expected a file to load again"};
+}
+
 void Viewer::Reload() {
     // Before loading: what changes meanwhile is noticed next time.
     watch_.Start(options_.stage.scene);
     changed_ = true;
-    if (Status failure = stage_->Reload()) {
-        error_ = failure->message;
-        std::fprintf(stderr, "zorvan: %s\n", tools::Printable(error_).c_str());
+    Status failure = CheckSceneToReload();
+    failure = failure ? failure : stage_->Reload();
+    if (failure) {
+        error_ = tools::Printable(failure->message);
+        std::fprintf(stderr, "zorvan: %s\n", error_.c_str());
         return;
     }
     error_.clear();

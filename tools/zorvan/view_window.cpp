@@ -55,8 +55,31 @@ void HandleKey(SDL_KeyboardEvent const& event, ViewState& state) {
     }
 }
 
-Failure SdlFailure(char const* what) {
-    return {ExitCode::Runtime, std::string("window: ") + what + ": " + SDL_GetError()};
+Failure SdlFailure(ExitCode code, char const* what) {
+    return {code, std::string("window: ") + what + ": " + SDL_GetError()};
+}
+
+// Wayland's library complains on standard error, too, when it is asked for a display and has no folder for
+// its socket. A name that is a path leads it to none in silence.
+void SilenceWayland() {
+    char const* folder = SDL_getenv("XDG_RUNTIME_DIR");
+    if (folder == nullptr || *folder != '/') {
+        SDL_setenv("WAYLAND_DISPLAY", "/", 0);
+    }
+}
+
+// Without a display SDL falls back on drivers that draw where nobody sees it.
+Status CheckDisplay() {
+    char const* asked = SDL_getenv("SDL_VIDEODRIVER");
+    const std::string driver = SDL_GetCurrentVideoDriver();
+    const bool isUnseen = driver == "offscreen" || driver == "dummy" || driver == "evdev";
+    if (!isUnseen || (asked != nullptr && *asked != 0)) {
+        return std::nullopt;
+    }
+    return Failure{ExitCode::Unsupported,
+                   "window: no display: found neither X11 nor Wayland (DISPLAY, WAYLAND_DISPLAY); "
+                   "SDL_VIDEODRIVER=" +
+                       driver + " would run unseen"};
 }
 
 void SetAttributes(SurfaceFormat format) {
@@ -90,18 +113,22 @@ Status ViewWindow::Open(std::string const& title, SurfaceFormat format, PixelSiz
     // The plug-in is linked with the GL ES library, whose contexts EGL makes.
     SDL_SetHint(SDL_HINT_OPENGL_ES_DRIVER, "1");
     SDL_SetHint(SDL_HINT_VIDEO_X11_FORCE_EGL, "1");
+    SilenceWayland();
     if (SDL_Init(SDL_INIT_VIDEO) != 0) {
-        return SdlFailure("no display");
+        return SdlFailure(ExitCode::Unsupported, "no display");
+    }
+    if (Status failure = CheckDisplay()) {
+        return failure;
     }
     SetAttributes(format);
     window_ = SDL_CreateWindow(title.c_str(), SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, size.width,
                                size.height, SDL_WINDOW_OPENGL | SDL_WINDOW_RESIZABLE);
     if (window_ == nullptr) {
-        return SdlFailure("cannot open one");
+        return SdlFailure(ExitCode::Runtime, "cannot open one");
     }
     context_ = SDL_GL_CreateContext(window_);
     if (context_ == nullptr) {
-        return SdlFailure("no OpenGL ES 2.0 here");
+        return SdlFailure(ExitCode::Runtime, "no OpenGL ES 2.0 here");
     }
     SDL_GL_SetSwapInterval(1);
     return std::nullopt;

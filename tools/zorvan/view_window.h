@@ -14,7 +14,8 @@ namespace zorvan::tool {
 
 class ViewWindow final : public GlContext {
   public:
-    // Failures: Runtime when there is no display, or none with OpenGL ES 2.0.
+    // Failures: Unsupported when there is no display that anybody sees (unless SDL_VIDEODRIVER asks for one),
+    // Runtime when it has no window or no OpenGL ES 2.0.
     static Result<std::unique_ptr<ViewWindow>> Create(std::string const& title, SurfaceFormat format,
                                                       PixelSize const& size);
     ViewWindow(ViewWindow const&) = delete;
