@@ -1,4 +1,6 @@
 // What the program does not accept: one exit code and one line each, and no file. Needs no EGL.
+#include <unistd.h>
+
 #include "tests/zorvan/tool.h"
 
 namespace zorvan::tool {
@@ -52,7 +54,7 @@ const FailureRow kRows[] = {
 #if ZORVAN_HAS_VIEWER
     {"view no.json", 2, "no.json: No such file or directory"},
     {"view cut.json", 3, "cut.json:1:2: syntax error while parsing..."},
-    {"view scene.json", 4, "window: no display: x11 not available"},
+    {"view scene.json", 5, "window: no display: x11 not available"},
 #else
     {"view scene.json", 5,
      "view: this zorvan was built without SDL2, which its window needs (Debian: libsdl2-dev)"},
@@ -100,6 +102,34 @@ TEST_F(Failures, AreOneLineAndNoFile) {
     ExpectFailures(kRows);
 }
 
+TEST_F(Failures, OfStandardOutput) {
+    // 9 becomes a pipe that nobody reads.
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    ASSERT_EQ(dup2(ends[1], 9), 9);
+    close(ends[0]);
+    close(ends[1]);
+    for (std::string arguments :
+         {"--help", "--version", "view --help", "info scene.json", "info scene.json --json"}) {
+        ExpectFailure({(arguments + " >&9").c_str(), 2, "standard output: cannot write: Broken pipe"});
+        ExpectFailure(
+            {(arguments + " >&-").c_str(), 2, "standard output: cannot write: Bad file descriptor"});
+    }
+    close(9);
+}
+
+#if ZORVAN_HAS_VIEWER
+TEST_F(Failures, OfAMissingDisplay) {
+    if (std::filesystem::exists("/dev/dri")) {
+        GTEST_SKIP() << "this machine may have a display without a window system";
+    }
+    for (char const* name : {"DISPLAY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR", "SDL_VIDEODRIVER"}) {
+        unsetenv(name);
+    }
+    ExpectFailure({"view scene.json", 5, "window: no display: found neither X11 nor Wayland..."});
+}
+#endif
+
 TEST_F(Failures, OfScenes) {
     const struct {
         char const* name;
@@ -133,6 +163,13 @@ TEST_F(Failures, OfScenes) {
          "scene.json:1:74: /root/children/0/transferMode: got 37, expected 0 to 36 or \"none\""},
         {"no image", R"({"version": 1, "textures": [{"name": "t", "file": "scene.json"}], "root": {}})",
          "scene.json:1:51: /textures/0/file: scene.json: got neither a PNG nor a JPEG image"},
+        {"zero byte in an image's name",
+         R"({"version": 1, "textures": [{"name": "t", "file": "scene.json\u0000.png"}], "root": {}})",
+         "scene.json:1:51: /textures/0/file: scene.json\\x00.png: got a name with a zero byte, expected none "
+         "in it"},
+        {"zero byte in a font's name",
+         R"({"version": 1, "fonts": [{"name": "f", "size": 9, "file": "scene.json\u0000"}], "root": {}})",
+         "scene.json:1:59: /fonts/0/file: scene.json\\x00: got a name with a zero byte, expected none in it"},
         {"absurd size", R"({"version": 1, "size": [20000, 2], "root": {}})",
          "scene.json:1:24: /size: got a size out of range, expected whole numbers from 1 to 16384"},
     };

@@ -42,8 +42,11 @@ TEST_F(Info, CountsNodesByClassAndShowsTheTree) {
     EXPECT_TRUE(json["tree"]["children"][0]["children"][1]["texture"].is_null());
     EXPECT_NE(Print("info scene.json --children 1").find("└─ and 1 more\n"), std::string::npos);
     EXPECT_EQ(Print("info scene.json").find("more"), std::string::npos);
-    WriteText("a\x1b.json", kScene);
-    EXPECT_TRUE(Print("info 'a\x1b.json'").starts_with("a\\x1b.json\n"));
+    // Names from outside neither end a line early nor speak to a terminal.
+    WriteText("a\x1b.json", R"({"version": 1, "root": {"name": "a\u0000b\u001bc"}})");
+    const std::string named = Print("info 'a\x1b.json'");
+    EXPECT_TRUE(named.starts_with("a\\x1b.json\n"));
+    EXPECT_NE(named.find("name a\\x00b\\x1bc  length"), std::string::npos) << named;
 }
 
 TEST_F(Info, ReadsHundredThousandNodes) {

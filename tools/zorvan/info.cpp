@@ -138,7 +138,8 @@ void PrintTree(Node& node, std::string const& margin, uint32_t mostChildren) {
     const uint32_t hidden = children.Count() - shown;
     for (uint32_t i = 0; i < shown; ++i) {
         const bool last = i + 1 == shown && hidden == 0;
-        std::printf("%s%s%s\n", margin.c_str(), last ? "└─ " : "├─ ", DescribeNode(*children[i]).c_str());
+        std::printf("%s%s%s\n", margin.c_str(), last ? "└─ " : "├─ ",
+                    tools::Printable(DescribeNode(*children[i])).c_str());
         PrintTree(*children[i], margin + (last ? "   " : "│  "), mostChildren);
     }
     if (hidden > 0) {
@@ -157,11 +158,11 @@ void PrintText(InfoOptions const& options, LoadedScene& loaded, Census const& ce
                 static_cast<unsigned long long>(loaded.GetTextureBytes()), scene.fonts.size(),
                 scene.shaders.size());
     for (RefT<Texture> const& texture : scene.textures) {
-        std::printf("  %-20s %-10s %-18s %u bytes\n", texture->name.c_str(),
+        std::printf("  %-20s %-10s %-18s %u bytes\n", tools::Printable(texture->name).c_str(),
                     SizeText(texture->width.Get(), texture->height.Get()).c_str(),
                     TextureFormatName(texture->format.Get()), texture->pixels.size);
     }
-    std::printf("%s\n", DescribeNode(*scene.root).c_str());
+    std::printf("%s\n", tools::Printable(DescribeNode(*scene.root)).c_str());
     PrintTree(*scene.root, "", options.children);
     for (std::string const& problem : FindProblems(scene)) {
         std::printf("warning: %s\n", tools::Printable(problem).c_str());

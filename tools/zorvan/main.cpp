@@ -1,4 +1,7 @@
 // zorvan: renders, shows, describes and measures scene files.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <cerrno>
 #include <csignal>
@@ -73,9 +76,20 @@ int Run(int argc, char** argv) {
     return static_cast<int>(ExitCode::Ok);
 }
 
+// A standard stream that is closed would let the next file that is opened become it, with our words in it. It
+// stays as good as closed: what is opened here can neither be read as input nor written as output.
+void OccupyStandardDescriptors() {
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) < 0 && errno == EBADF) {
+            open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    OccupyStandardDescriptors();
     // A reader that goes away is a write error with a message, not a silent end.
     std::signal(SIGPIPE, SIG_IGN);
     // A file that grows beyond a limit is a failed write like any other.
