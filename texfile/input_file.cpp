@@ -27,7 +27,7 @@ IoError InputFile::Open(const std::string& path) {
     if (IoError error = CheckName(path)) {
         return error;
     }
-    descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
     owned_ = descriptor_ >= 0;
     struct stat status {};
     if (!owned_ || fstat(descriptor_, &status) != 0) {
@@ -61,11 +61,23 @@ IoError InputFile::First(std::size_t count, std::span<const std::uint8_t>& bytes
     return error;
 }
 
+// Nothing for pipes and devices, and for files of the system's that say 0 and hold more.
+std::optional<std::uint64_t> InputFile::BytesToRead() const {
+    if (ended_) {
+        return 0;
+    }
+    struct stat status {};
+    if (fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size == 0) {
+        return std::nullopt;
+    }
+    const off_t at = lseek(descriptor_, 0, SEEK_CUR);
+    return at < status.st_size ? static_cast<std::uint64_t>(status.st_size - at) : 0;
+}
+
 IoError InputFile::ReadAll(std::uint64_t largest, std::vector<std::uint8_t>& bytes) {
     const IoError tooLarge{IoError::Kind::kTooLarge, largest};
-    struct stat status {};
-    if (fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
-        const auto size = static_cast<std::uint64_t>(status.st_size);
+    if (const std::optional<std::uint64_t> left = BytesToRead()) {
+        const std::uint64_t size = bytes_.size() + *left;
         if (size > largest || size >= SIZE_MAX / 2) {
             return tooLarge;
         }
@@ -85,6 +97,61 @@ IoError InputFile::ReadAll(std::uint64_t largest, std::vector<std::uint8_t>& byt
     }
     bytes = std::move(bytes_);
     return {};
+}
+
+IoError InputFile::Ahead(std::uint64_t most, std::uint64_t& count) {
+    count = bytes_.size() - used_;
+    if (count < most) {
+        if (const std::optional<std::uint64_t> left = BytesToRead()) {
+            count += *left;
+        } else {
+            bytes_.erase(bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(used_));
+            used_ = 0;
+            const IoError error = ReadUpTo(static_cast<std::size_t>(std::min<std::uint64_t>(most, SIZE_MAX)));
+            count = bytes_.size();
+            if (error) {
+                return error;
+            }
+        }
+    }
+    count = std::min(count, most);
+    return {};
+}
+
+IoError InputFile::Take(std::span<std::uint8_t> out) {
+    const std::size_t known = std::min(out.size(), bytes_.size() - used_);
+    std::copy_n(bytes_.begin() + static_cast<std::ptrdiff_t>(used_), known, out.begin());
+    used_ += known;
+    for (out = out.subspan(known); !out.empty();) {
+        const ssize_t got = read(descriptor_, out.data(), std::min(out.size(), kPiece));
+        if (got < 0 && errno != EINTR) {
+            return SystemError();
+        }
+        if (got == 0) {
+            return {IoError::Kind::kEnds, 0};
+        }
+        out = out.subspan(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+    }
+    return {};
+}
+
+IoError InputFile::Skip(std::uint64_t largest, std::uint64_t& count) {
+    count = bytes_.size() - used_;
+    bytes_.clear();
+    used_ = 0;
+    if (const std::optional<std::uint64_t> left = BytesToRead()) {
+        count += *left;
+        ended_ = true;
+    }
+    while (!ended_ && count <= largest) {
+        const IoError error = ReadUpTo(kPiece);
+        count += bytes_.size();
+        bytes_.clear();
+        if (error) {
+            return error;
+        }
+    }
+    return count > largest ? IoError{IoError::Kind::kTooLarge, largest} : IoError{};
 }
 
 IoError ReadWholeFile(const std::string& path, std::uint64_t largest, std::vector<std::uint8_t>& bytes) {

@@ -19,6 +19,10 @@ std::string IoError::Text() const {
             return "got more than " + std::to_string(detail) + " bytes";
         case Kind::kZeroByte:
             return "got a name with a zero byte, expected none in it";
+        case Kind::kEnds:
+            return "became shorter while it was read";
+        case Kind::kLink:
+            return "got a link to a device, a pipe or a socket, expected its own name";
     }
     return {};
 }

@@ -14,6 +14,8 @@ struct IoError {
         kFolder,    // where a file was expected
         kTooLarge,  // more than `detail` bytes
         kZeroByte,  // in the name, where the system would cut it
+        kEnds,      // before the size that it had
+        kLink,      // to a device, a pipe or a socket, where one of these or a file was expected
     };
 
     Kind kind = Kind::kNone;

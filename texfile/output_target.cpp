@@ -86,9 +86,9 @@ IoError FindTarget(const std::string& path, Existing existing, OutputTarget& tar
     if (S_ISDIR(followed.st_mode)) {
         return {IoError::Kind::kFolder, 0};
     }
-    target.isStream = !S_ISREG(followed.st_mode) && !S_ISLNK(followed.st_mode);
-    if (target.isStream) {
-        return {};
+    if (!S_ISREG(followed.st_mode) && !S_ISLNK(followed.st_mode)) {
+        target.isStream = !S_ISLNK(itself.st_mode);
+        return target.isStream ? IoError{} : IoError{IoError::Kind::kLink, 0};
     }
     if (existing == Existing::kKeep) {
         return {IoError::Kind::kExists, 0};
@@ -102,10 +102,17 @@ int OpenStream(const std::string& path) {
         return fcntl(*number, F_DUPFD_CLOEXEC, 3);
     }
     struct stat status {};
-    if (stat(path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode)) {
+    if (lstat(path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode)) {
         return ConnectSocket(path);
     }
-    return open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
+    const int descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW);
+    // A file that took the stream's place since it was looked at must not be written over.
+    if (descriptor >= 0 && (fstat(descriptor, &status) != 0 || S_ISREG(status.st_mode))) {
+        close(descriptor);
+        errno = EEXIST;
+        return -1;
+    }
+    return descriptor;
 }
 
 }  // namespace texfile

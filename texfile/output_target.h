@@ -21,13 +21,14 @@ struct OutputTarget {
     std::optional<struct stat> old;
 };
 
-// kExists and kFolder when no file can be written there, else what is there. Nothing is opened.
+// kExists, kFolder and kLink when no file can be written there, else what is there. Nothing is opened.
 IoError FindTarget(const std::string& path, Existing existing, OutputTarget& target);
 
 // The descriptor of this process that a name such as /dev/stdout or /proc/self/fd/3 stands for, if any.
 std::optional<int> NamedDescriptor(const std::string& path);
 
-// Opens a stream for writing; the descriptor is the caller's. -1 and errno on failure.
+// Opens a stream for writing; the descriptor is the caller's. -1 and errno on failure, also for what is no
+// stream, or no more.
 int OpenStream(const std::string& path);
 
 }  // namespace texfile

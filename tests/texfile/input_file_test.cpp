@@ -7,7 +7,9 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <iterator>
 #include <thread>
+#include <utility>
 
 #include "tests/temp_folder.h"
 
@@ -19,13 +21,15 @@ using Kind = IoError::Kind;
 
 TEST(InputFile, GivesTheFirstBytesAndThenAll) {
     const TempFolder folder;
-    const Bytes content(3'000'000, 7);
-    for (const char* name : {"file", "pipe"}) {
-        SCOPED_TRACE(name);
+    Bytes content(3'000'000);
+    for (std::size_t i = 0; i < content.size(); ++i) {
+        content[i] = static_cast<std::uint8_t>(i ^ i >> 8 ^ i >> 16);
+    }
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    for (const auto& [name, inPieces] :
+         {std::pair("file", false), {"pipe", false}, {"file", true}, {"pipe", true}}) {
+        SCOPED_TRACE(std::string(name) + (inPieces ? " in pieces" : ""));
         const std::string path = folder / name;
-        if (path.ends_with("pipe")) {
-            ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-        }
         std::thread writer([&] {
             std::ofstream(path, std::ios::binary)
                 .write(reinterpret_cast<const char*>(content.data()), std::ssize(content));
@@ -38,8 +42,22 @@ TEST(InputFile, GivesTheFirstBytesAndThenAll) {
         std::span<const std::uint8_t> first;
         EXPECT_FALSE(file.First(12, first));
         EXPECT_EQ(first.size(), 12u);
-        Bytes all;
-        EXPECT_FALSE(file.ReadAll(content.size(), all));
+        Bytes all(content.size());
+        if (inPieces) {
+            const std::size_t ends[] = {0, 5, 12, 20, 2'000'000, content.size()};
+            for (std::size_t i = 1; i < std::size(ends); ++i) {
+                const std::size_t wanted = ends[i] - ends[i - 1];
+                std::uint64_t ahead = 0;
+                EXPECT_FALSE(file.Ahead(wanted, ahead));
+                ASSERT_EQ(ahead, wanted);
+                EXPECT_FALSE(file.Take(std::span(all).subspan(ends[i - 1], wanted)));
+            }
+            std::uint64_t ahead = 1;
+            EXPECT_FALSE(file.Ahead(9, ahead));
+            EXPECT_EQ(ahead, 0u);
+        } else {
+            EXPECT_FALSE(file.ReadAll(content.size(), all));
+        }
         EXPECT_EQ(all, content);
         if (writer.joinable()) {
             writer.join();
@@ -55,6 +73,32 @@ TEST(InputFile, RefusesWhatIsTooLargeBeforeItTakesMemory) {
     Bytes bytes;
     EXPECT_EQ(ReadWholeFile(path, (std::uint64_t{1} << 40) - 1, bytes).kind, Kind::kTooLarge);
     EXPECT_EQ(bytes.capacity(), 0u);
+}
+
+TEST(InputFile, SkipsTheRestAndTellsWhatWentMissing) {
+    const TempFolder folder;
+    const std::string path = folder / "file";
+    std::ofstream(path) << "0123456789";
+    std::uint64_t count = 0;
+    for (const std::uint64_t largest : {6u, 5u}) {
+        InputFile file;
+        ASSERT_FALSE(file.Open(path));
+        Bytes four(4);
+        EXPECT_FALSE(file.Take(four));
+        EXPECT_EQ(file.Skip(largest, count).kind, largest == 6 ? Kind::kNone : Kind::kTooLarge);
+        EXPECT_EQ(count, 6u);
+        EXPECT_FALSE(file.Skip(largest, count));
+        EXPECT_EQ(count, 0u);
+    }
+    InputFile endless;
+    ASSERT_FALSE(endless.Open("/dev/zero"));
+    EXPECT_EQ(endless.Skip(9, count).kind, Kind::kTooLarge);
+    InputFile cut;
+    ASSERT_FALSE(cut.Open(path));
+    EXPECT_FALSE(cut.Ahead(10, count));
+    ASSERT_EQ(truncate(path.c_str(), 3), 0);
+    Bytes ten(10);
+    EXPECT_EQ(cut.Take(ten).kind, Kind::kEnds);
 }
 
 TEST(InputFile, SaysWhatItCannotRead) {

@@ -86,6 +86,17 @@ TEST(OutputFile, FollowsNoLink) {
     }
     EXPECT_EQ(Read(folder / "victim"), "precious");
     EXPECT_FALSE(fs::exists(folder / "nowhere"));
+    // Neither written through, which may harm a disk, nor replaced, which may harm /dev.
+    fs::create_symlink("/dev/null", folder / "device");
+    for (const Existing existing : {Existing::kKeep, Existing::kReplace}) {
+        EXPECT_EQ(WriteWholeFile(folder / "device", {}, existing).kind, Kind::kLink);
+    }
+    EXPECT_TRUE(fs::is_symlink(folder / "device"));
+    // What took a stream's place after it was looked at.
+    fs::create_symlink("victim", folder / "link2");
+    for (const char* name : {"victim", "link2", "device"}) {
+        EXPECT_LT(OpenStream(folder / name), 0) << name;
+    }
 }
 
 // Nobody can plant a file or link where the temporary one will be.
