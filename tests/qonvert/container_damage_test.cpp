@@ -1,5 +1,6 @@
 // Damaged files are rejected with one numbered finding, before memory is taken for what they claim.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <zlib.h>
 
 #include <CLI/CLI.hpp>
@@ -7,9 +8,11 @@
 #include <cstdlib>
 #include <fstream>
 #include <new>
+#include <thread>
 
 #include "tests/qonvert/samples.h"
 #include "tests/temp_folder.h"
+#include "tools/qonvert/load.h"
 #include "tools/qonvert/verbs.h"
 
 namespace {
@@ -207,6 +210,63 @@ TEST(DamagedFile, OddButReadableFilesAreNoted) {
         ASSERT_EQ(findings.size(), 1u);
         EXPECT_EQ(findings[0].number, row.number);
         EXPECT_EQ(findings[0].severity(), Severity::kWarning);
+    }
+}
+
+TEST(HugeFile, IsReadOnlyAsFarAsItIsUnderstood) {
+    constexpr std::size_t kFileBytes = std::size_t{1} << 28;
+    constexpr std::size_t kMostMemory = std::size_t{3} << 20;
+    const TempFolder folder;
+    const std::string path = folder / "huge", pipe = folder / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const struct {
+        const char* name;
+        Bytes begin;
+        bool whole;
+    } rows[] = {
+        {"nothing known", Bytes(12), false},
+        {"PNG's signature", Part(Sample("png", FMT_RGB888), 0, 8), false},
+        {"KTX's signature", Part(Sample("ktx", FMT_RGB888), 0, 12), false},
+        {"a picture that is not there", Part(Sample("ktx", FMT_RGB888), 0, 40), false},
+        {"DDS's signature", Part(Sample("dds", FMT_RGB888), 0, 4), false},
+#ifdef QONVERT_JPEG
+        {"JPEG's signature", {0xFF, 0xD8, 0xFF, 0xE0}, false},
+#endif
+        {"a PNG", Sample("png", FMT_RGB888), true},
+        {"a KTX", Sample("ktx", FMT_RGB888), true},
+        {"a KTX with a colour table", Sample("ktx", FMT_P8_RGB888), true},
+        {"a DDS", Sample("dds", FMT_RGB888), true},
+        {"a PKM", Sample("pkm", FMT_ETC1_RGB8), true},
+    };
+    for (const auto& row : rows) {
+        std::ofstream(path, std::ios::binary)
+            .write(reinterpret_cast<const char*>(row.begin.data()), std::ssize(row.begin));
+        std::filesystem::resize_file(path, kFileBytes);
+        for (const std::string& input : {path, pipe}) {
+            SCOPED_TRACE(row.name + (": " + input));
+            std::jthread writer;
+            int unread = 0;
+            if (input == pipe) {
+                writer = std::jthread([&] { unread = std::system(("cat " + path + " >" + pipe).c_str()); });
+            }
+            Findings findings;
+            LoadedTexture loaded;
+            largestRequest = 0;
+            const auto load = [&] { LoadTexture(input, "", {}, findings, loaded); };
+            if (row.whole) {
+                EXPECT_NO_THROW(load());
+                EXPECT_EQ(loaded.fileBytes, kFileBytes);
+                ASSERT_EQ(findings.size(), 1u);
+                EXPECT_EQ(findings[0].got, std::to_string(kFileBytes - row.begin.size()));
+            } else {
+                EXPECT_THROW(load(), FileError);
+            }
+            EXPECT_LT(largestRequest, kMostMemory);
+            if (writer.joinable()) {
+                writer.join();
+                EXPECT_EQ(unread != 0, !row.whole);
+            }
+        }
     }
 }
 

@@ -33,7 +33,8 @@ LoadedTexture Load(const std::string& path, const CompareOptions& options, const
         ParseRaw(options.raw, read);
     }
     Findings findings;
-    LoadedTexture loaded = LoadTexture(path, "", read, findings);
+    LoadedTexture loaded;
+    LoadTexture(path, "", read, findings, loaded);
     for (const Finding& finding : findings) {
         session.Warn(InputName(path) + ": " + finding.Describe());
     }
@@ -72,7 +73,7 @@ ExitCode RunCompare(Session& session, const CompareOptions& options) try {
     if (options.minPsnr && std::isnan(*options.minPsnr)) {
         throw ToolError(ExitCode::kUsage, "--min-psnr takes a number of dB; got nan");
     }
-    session.streamsData = IsStandardStream(options.diff);
+    session.streamsData = IsStandardOutput(options.diff);
     if (!options.diff.empty()) {
         CheckWritable(options.diff, options.overwrite);
     }

@@ -26,14 +26,14 @@ bool JpegCarries(std::uint32_t, const WriteOptions&) {
 
 const std::vector<Container>& Table() {
     static const std::vector<Container> table = {
-        {"png", {"png"}, false, false, IsPng, PngCarries, ReadPng, WritePng},
+        {"png", {"png"}, false, false, kMaxSide, IsPng, PngCarries, ReadPng, WritePng},
 #ifdef QONVERT_JPEG
-        {"jpeg", {"jpg", "jpeg"}, false, false, IsJpeg, JpegCarries, ReadJpeg, nullptr},
+        {"jpeg", {"jpg", "jpeg"}, false, false, kMaxSide, IsJpeg, JpegCarries, ReadJpeg, nullptr},
 #endif
-        {"ktx", {"ktx"}, true, true, IsKtx1, Ktx1Carries, ReadKtx1, WriteKtx1},
-        {"dds", {"dds"}, true, false, IsDds, DdsCarries, ReadDds, WriteDds},
-        {"pkm", {"pkm"}, false, false, IsPkm, PkmCarries, ReadPkm, WritePkm},
-        {"raw", {"raw"}, true, false, IsRaw, RawCarries, ReadRaw, WriteRaw},
+        {"ktx", {"ktx"}, true, true, kMaxSide, IsKtx1, Ktx1Carries, ReadKtx1, WriteKtx1},
+        {"dds", {"dds"}, true, false, kMaxSide, IsDds, DdsCarries, ReadDds, WriteDds},
+        {"pkm", {"pkm"}, false, false, kMaxPkmSide, IsPkm, PkmCarries, ReadPkm, WritePkm},
+        {"raw", {"raw"}, true, false, kMaxSide, IsRaw, RawCarries, ReadRaw, WriteRaw},
     };
     return table;
 }
@@ -120,8 +120,17 @@ void CheckCarries(const Container& container, std::uint32_t format, const WriteO
     }
 }
 
+void CheckSides(const Container& container, std::uint32_t width, std::uint32_t height) {
+    if (std::max(width, height) > container.largestSide) {
+        throw ToolError(ExitCode::kUnsupported, std::string(container.name) + " holds sides up to " +
+                                                    std::to_string(container.largestSide) + " pixels, got " +
+                                                    std::to_string(width) + " x " + std::to_string(height));
+    }
+}
+
 Bytes WriteContainer(const Container& container, const TextureFile& texture, const WriteOptions& options) {
     CheckCarries(container, texture.format, options);
+    CheckSides(container, texture.width, texture.height);
     return container.write(texture, options);
 }
 

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/qonvert/byte_source.h"
 #include "tools/qonvert/finding.h"
 #include "tools/qonvert/texture_file.h"
 
@@ -40,12 +41,19 @@ struct Container {
     std::vector<std::string_view> extensions;  // lower case, without the dot
     bool levels;                               // holds more than one mip level
     bool origin;                               // records where the first row lies
+    std::uint32_t largestSide;                 // pixels
     bool (*recognises)(ByteSpan bytes);        // by its first bytes
     bool (*carries)(std::uint32_t format, const WriteOptions& options);
     // Throws FileError; notes what is odd but readable in `findings`.
-    TextureFile (*read)(ByteSpan bytes, const ReadOptions& options, Findings& findings);
+    TextureFile (*readFrom)(ByteSource& source, const ReadOptions& options, Findings& findings);
     // Null where the container is only read. Throws ToolError.
     Bytes (*write)(const TextureFile& texture, const WriteOptions& options);
+
+    // readFrom a file in memory.
+    TextureFile read(ByteSpan bytes, const ReadOptions& options, Findings& findings) const {
+        MemorySource source(bytes);
+        return readFrom(source, options, findings);
+    }
 };
 
 std::span<const Container> Containers();
@@ -63,8 +71,11 @@ const Container* ContainerOfBytes(ByteSpan bytes);
 std::string ContainerNames();
 std::string ContainersThatCarry(std::uint32_t format, const WriteOptions& options);
 
-// Refuses a texture that the container cannot carry, with the list of those that can.
-Bytes WriteContainer(const Container& container, const TextureFile& texture, const WriteOptions& options);
+// Refuses a format that the container cannot carry, with the list of those that can.
 void CheckCarries(const Container& container, std::uint32_t format, const WriteOptions& options);
+// Refuses a picture with sides that the container cannot hold.
+void CheckSides(const Container& container, std::uint32_t width, std::uint32_t height);
+// Both checks, then writes.
+Bytes WriteContainer(const Container& container, const TextureFile& texture, const WriteOptions& options);
 
 }  // namespace qonvert

@@ -110,7 +110,7 @@ ExitCode PrintOutcomes(const Session& session, const std::vector<Job>& jobs,
 ExitCode RunConvert(Session& session, const ConvertArguments& arguments) {
     const ConvertOptions options = ResolveOptions(arguments);
     const std::vector<Job> jobs = ResolveJobs(arguments, options);
-    session.streamsData = jobs.size() == 1 && IsStandardStream(jobs.front().out);
+    session.streamsData = jobs.size() == 1 && IsStandardOutput(jobs.front().out);
     if (!arguments.outDir.empty()) {
         std::error_code error;
         std::filesystem::create_directories(arguments.outDir, error);

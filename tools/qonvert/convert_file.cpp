@@ -95,14 +95,24 @@ std::optional<Difference> Report(const TextureFile& source, const Transformed& r
     return Measure({result.pixelFormat, texture.width, texture.height, result.pixels}, encoded);
 }
 
+// Before a picture of that size is made. `format` 0 is any.
+void CheckSize(const Container& output, std::uint32_t format, std::uint32_t width, std::uint32_t height) {
+    CheckConvertible(format, width, height);
+    CheckSides(output, width, height);
+}
+
 void Convert(const Job& job, const ConvertOptions& options, unsigned threads, Outcome& outcome) {
     const Container& output = options.container != nullptr ? *options.container : *ContainerOfPath(job.out);
     CheckWritable(job.out, options.overwrite);
     if (options.format) {
         CheckCarries(output, *options.format, options.write);
     }
+    if (options.scale.width != 0) {
+        CheckSize(output, options.format.value_or(0), options.scale.width, options.scale.height);
+    }
     Findings findings;
-    const LoadedTexture loaded = LoadTexture(job.in, "", ReadOptionsFor(options, output), findings);
+    LoadedTexture loaded;
+    LoadTexture(job.in, "", ReadOptionsFor(options, output), findings, loaded);
     for (const Finding& finding : findings) {
         outcome.warnings.push_back(finding.Describe());
     }
@@ -115,6 +125,7 @@ void Convert(const Job& job, const ConvertOptions& options, unsigned threads, Ou
     recipe.levels = LevelsFor(options, output, source.levels.size(), outcome);
     recipe.threads = threads;
     options.scale.Apply(source.width, source.height, recipe.width, recipe.height);
+    CheckSize(output, recipe.format, recipe.width, recipe.height);
     WarnAboutFormats(options, source.format, recipe.format, outcome);
 
     Transformed result = Transform(source, recipe);

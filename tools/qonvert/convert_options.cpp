@@ -19,6 +19,7 @@ namespace {
 constexpr unsigned kMostThreads = 256;
 constexpr double kMostPercent = 100000;
 constexpr double kMostStrength = 1000;
+constexpr std::uint64_t kMostListBytes = std::uint64_t{16} << 20;
 
 // Words of an option and what they stand for.
 template <typename T>
@@ -93,13 +94,19 @@ Steps ResolveSteps(const ConvertArguments& arguments) {
 
 // Lines of a list file; empty ones are left out.
 std::vector<std::string> ReadList(const std::string& path) {
-    const Bytes bytes = ReadFile(path);
+    const Bytes bytes = ReadSmallFile(path, kMostListBytes);
     std::vector<std::string> lines(1);
     for (const std::uint8_t byte : bytes) {
         if (byte == '\n') {
             lines.emplace_back();
         } else if (byte != '\r') {
             lines.back() += static_cast<char>(byte);
+        }
+    }
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (const texfile::IoError error = texfile::CheckName(lines[i])) {
+            throw ToolError(ExitCode::kIo,
+                            InputName(path) + ": line " + std::to_string(i + 1) + ": " + error.Text());
         }
     }
     std::erase(lines, "");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <string_view>
 
 #include "texconv/format_table.h"
 #include "tools/qonvert/byte_io.h"
@@ -191,14 +192,13 @@ std::uint32_t PitchOrSize(std::uint32_t code, std::uint32_t width, std::uint32_t
 
 Bytes ReadLevel(ByteReader& reader, const Layout& layout, std::uint32_t number, std::uint32_t width,
                 std::uint32_t height) {
-    const ByteSpan data =
+    Bytes level =
         reader.Data("level " + std::to_string(number), PictureBytes(layout.fileCode, width, height));
     if (layout.masks) {
         const ChannelMasks& masks = *layout.masks;
-        return ConvertMaskedPixels({layout.fileCode, width, height, data},
+        return ConvertMaskedPixels({layout.fileCode, width, height, level},
                                    {masks.red, masks.green, masks.blue, masks.alpha}, layout.code);
     }
-    Bytes level(data.begin(), data.end());
     Rearrange(level, layout.change);
     return level;
 }
@@ -266,7 +266,8 @@ PixelFormat ChoosePixelFormat(std::uint32_t code, DdsNames names) {
 }  // namespace
 
 bool IsDds(ByteSpan bytes) {
-    return bytes.size() >= 4 && ByteReader(bytes).Word("identifier") == kMagic;
+    constexpr std::string_view kText = "DDS ";
+    return bytes.size() >= kText.size() && std::equal(kText.begin(), kText.end(), bytes.begin());
 }
 
 bool DdsCarries(std::uint32_t format, const WriteOptions&) {
@@ -274,8 +275,8 @@ bool DdsCarries(std::uint32_t format, const WriteOptions&) {
     return info != nullptr && !info->IsFloat() && !info->IsPalette();
 }
 
-TextureFile ReadDds(ByteSpan bytes, const ReadOptions&, Findings& findings) {
-    ByteReader reader(bytes);
+TextureFile ReadDds(ByteSource& source, const ReadOptions&, Findings& findings) {
+    ByteReader reader(source);
     const Header header = ReadHeader(reader);
     CheckKind(header);
     const Layout layout = FindLayout(header, reader);
@@ -298,7 +299,7 @@ TextureFile ReadDds(ByteSpan bytes, const ReadOptions&, Findings& findings) {
         texture.levels.push_back(
             ReadLevel(reader, layout, i, LevelSide(header.width, i), LevelSide(header.height, i)));
     }
-    NoteTrailingBytes(reader, findings);
+    NoteTrailingBytes(source, findings);
     return texture;
 }
 

@@ -10,7 +10,7 @@ bool IsDds(ByteSpan bytes);
 bool DdsCarries(std::uint32_t format, const WriteOptions& options);
 // Plain pixels under masks that no format has are converted to FMT_RGB888 or FMT_RGBA8888. Arrays,
 // cube maps and volumes are rejected as not supported.
-TextureFile ReadDds(ByteSpan bytes, const ReadOptions& options, Findings& findings);
+TextureFile ReadDds(ByteSource& source, const ReadOptions& options, Findings& findings);
 Bytes WriteDds(const TextureFile& texture, const WriteOptions& options);
 
 }  // namespace qonvert

@@ -2,16 +2,12 @@
 
 #include <unistd.h>
 
-#include "texfile/input_file.h"
 #include "texfile/output_file.h"
 #include "tools/qonvert/finding.h"
 
 namespace qonvert {
 
 namespace {
-
-// More than any file that the tool writes: less than 4 GiB of pixels, and their mip levels, a third of that.
-constexpr std::uint64_t kMaxFileBytes = std::uint64_t{6} << 30;
 
 void Check(const std::string& path, const texfile::IoError& error) {
     if (error.kind == texfile::IoError::Kind::kExists) {
@@ -28,15 +24,23 @@ texfile::Existing Policy(bool overwrite) {
 
 }  // namespace
 
-Bytes ReadFile(const std::string& path) {
-    Bytes bytes;
-    texfile::InputFile file;
+bool IsStandardOutput(const std::string& path) {
+    return IsStandardStream(path) || texfile::NamedDescriptor(path) == STDOUT_FILENO;
+}
+
+texfile::IoError OpenInput(const std::string& path, texfile::InputFile& file) {
     if (IsStandardStream(path)) {
         file.Attach(STDIN_FILENO);
-    } else {
-        Check(path, file.Open(path));
+        return {};
     }
-    Check(InputName(path), file.ReadAll(kMaxFileBytes, bytes));
+    return file.Open(path);
+}
+
+Bytes ReadSmallFile(const std::string& path, std::uint64_t largest) {
+    Bytes bytes;
+    texfile::InputFile file;
+    Check(InputName(path), OpenInput(path, file));
+    Check(InputName(path), file.ReadAll(largest, bytes));
     return bytes;
 }
 
@@ -48,14 +52,12 @@ void CheckWritable(const std::string& path, bool overwrite) {
 }
 
 void WriteFile(const std::string& path, ByteSpan bytes, bool overwrite) {
-    if (!IsStandardStream(path)) {
-        Check(path, texfile::WriteWholeFile(path, bytes, Policy(overwrite)));
-        return;
+    const std::string name = OutputName(path);
+    if (IsStandardOutput(path) && isatty(STDOUT_FILENO) != 0) {
+        throw ToolError(ExitCode::kUsage, name + " is a terminal, expected a file or a pipe");
     }
-    if (isatty(STDOUT_FILENO) != 0) {
-        throw ToolError(ExitCode::kUsage, OutputName(path) + " is a terminal, expected a file or a pipe");
-    }
-    Check(OutputName(path), texfile::WriteWholeFile("/dev/fd/1", bytes, Policy(overwrite)));
+    const std::string target = IsStandardStream(path) ? "/dev/fd/1" : path;
+    Check(name, texfile::WriteWholeFile(target, bytes, Policy(overwrite)));
 }
 
 }  // namespace qonvert

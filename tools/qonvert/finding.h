@@ -76,8 +76,10 @@ class ToolError : public std::runtime_error {
 // A file that cannot be read, with its finding.
 class FileError : public ToolError {
   public:
-    explicit FileError(Finding finding)
-        : ToolError(finding.exitCode(), finding.Describe()), finding_(std::move(finding)) {}
+    // With the file's name in front, where given.
+    explicit FileError(Finding finding, const std::string& file = "")
+        : ToolError(finding.exitCode(), (file.empty() ? "" : file + ": ") + finding.Describe()),
+          finding_(std::move(finding)) {}
     const Finding& finding() const { return finding_; }
 
   private:

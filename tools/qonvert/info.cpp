@@ -77,7 +77,8 @@ ExitCode RunInfo(const Session& session, const InfoOptions& options) {
         ParseRaw(options.raw, read);
     }
     Findings findings;
-    const LoadedTexture loaded = LoadTexture(options.file, options.container, read, findings);
+    LoadedTexture loaded;
+    LoadTexture(options.file, options.container, read, findings, loaded);
     if (session.json) {
         session.Print(ToJson(InputName(options.file), loaded, findings));
     } else {

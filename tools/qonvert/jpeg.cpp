@@ -1,9 +1,15 @@
 #include "tools/qonvert/jpeg.h"
 
+#include <algorithm>
 #include <csetjmp>
 #include <cstdio>
+#include <cstring>
+#include <exception>
+#include <span>
 
 #include <jpeglib.h>
+
+#include <jerror.h>
 
 #include "texconv/qonvert.h"
 
@@ -11,13 +17,21 @@ namespace qonvert {
 
 namespace {
 
+constexpr std::size_t kPieceBytes = 65536;
+// Where a picture's size must have come: the library would look for it to the end of the file.
+constexpr std::uint64_t kMostHeaderBytes = std::uint64_t{64} << 20;
+
 // What the library calls back into. Its errors come back to the last setjmp; its warnings (damaged
 // data that it papered over) are errors too, since the picture is not whole.
 struct Decoder {
     jpeg_decompress_struct info{};
     jpeg_error_mgr errors{};
+    jpeg_source_mgr reads{};
     std::jmp_buf escape{};
     char message[JMSG_LENGTH_MAX] = {};
+    ByteSource* in = nullptr;
+    Bytes buffer = Bytes(kPieceBytes);
+    std::exception_ptr thrown;  // by a callback
 
     Decoder() = default;
     Decoder(const Decoder&) = delete;
@@ -37,21 +51,67 @@ void OnMessage(j_common_ptr common, int level) {
     }
 }
 
+void OnStart(j_decompress_ptr) {}
+
+void FillBuffer(Decoder& decoder) {
+    const auto count = static_cast<std::size_t>(decoder.in->Ahead(kPieceBytes));
+    decoder.in->Take(std::span(decoder.buffer).first(count));
+    decoder.reads.next_input_byte = decoder.buffer.data();
+    decoder.reads.bytes_in_buffer = count;
+}
+
+boolean OnEmpty(j_decompress_ptr info) {
+    auto* decoder = static_cast<Decoder*>(info->client_data);
+    if (info->image_width == 0 && decoder->in->taken() > kMostHeaderBytes) {
+        std::strcpy(decoder->message, "no picture in the first 64 MiB");
+        std::longjmp(decoder->escape, 1);
+    }
+    try {
+        FillBuffer(*decoder);
+    } catch (...) {
+        decoder->thrown = std::current_exception();
+    }
+    if (decoder->thrown || decoder->reads.bytes_in_buffer == 0) {
+        info->err->msg_code = decoder->in->taken() == 0 ? JERR_INPUT_EMPTY : JWRN_JPEG_EOF;
+        OnError(reinterpret_cast<j_common_ptr>(info));
+    }
+    return TRUE;
+}
+
+void OnSkip(j_decompress_ptr info, long count) {
+    for (auto left = static_cast<std::size_t>(std::max(count, 0L)); left != 0;) {
+        if (info->src->bytes_in_buffer == 0) {
+            OnEmpty(info);
+        }
+        const std::size_t part = std::min(left, info->src->bytes_in_buffer);
+        info->src->next_input_byte += part;
+        info->src->bytes_in_buffer -= part;
+        left -= part;
+    }
+}
+
+void OnEnd(j_decompress_ptr) {}
+
 void Start(Decoder& decoder) {
     decoder.info.err = jpeg_std_error(&decoder.errors);
     decoder.errors.error_exit = OnError;
     decoder.errors.emit_message = OnMessage;
     decoder.info.client_data = &decoder;
+    decoder.reads.init_source = OnStart;
+    decoder.reads.fill_input_buffer = OnEmpty;
+    decoder.reads.skip_input_data = OnSkip;
+    decoder.reads.resync_to_restart = jpeg_resync_to_restart;
+    decoder.reads.term_source = OnEnd;
 }
 
 // Each step holds nothing with a destructor, so that an error may jump out of it.
-bool ReadHeader(Decoder& decoder, const unsigned char* bytes, unsigned long size) {
+bool ReadHeader(Decoder& decoder) {
     if (setjmp(decoder.escape) != 0) {
         return false;
     }
     jpeg_create_decompress(&decoder.info);
     decoder.info.client_data = &decoder;
-    jpeg_mem_src(&decoder.info, bytes, size);
+    decoder.info.src = &decoder.reads;
     jpeg_read_header(&decoder.info, TRUE);
     return true;
 }
@@ -72,14 +132,18 @@ bool ReadRows(Decoder& decoder, unsigned char* out, std::size_t rowBytes) {
 }
 
 [[noreturn]] void RejectStream(const Decoder& decoder) {
+    if (decoder.thrown) {
+        std::rethrow_exception(decoder.thrown);
+    }
     Reject(FindingNumber::kDamagedStream, "JPEG data", decoder.message, "a whole picture");
 }
 
 // A block of 8 x 8 samples takes at least one bit, and with odd sampling factors blocks cover up to
 // 256 pixels; so a picture that claims more pixels than that cannot be in the file.
-void CheckSizeAgainstFile(std::uint64_t pixels, std::uint64_t fileBytes) {
-    const std::uint64_t most = fileBytes * 8 * 256;
-    if (pixels > most) {
+void CheckSizeAgainstFile(std::uint64_t pixels, ByteSource& source) {
+    const std::uint64_t least = (pixels + 8 * 256 - 1) / (8 * 256);
+    const std::uint64_t fileBytes = source.taken() + source.Ahead(least);
+    if (least > fileBytes) {
         Reject(FindingNumber::kDataMissing, "pixels", std::to_string(fileBytes) + " bytes in the file",
                "data for " + std::to_string(pixels) + " pixels");
     }
@@ -91,17 +155,19 @@ bool IsJpeg(ByteSpan bytes) {
     return bytes.size() >= 3 && bytes[0] == 0xFF && bytes[1] == 0xD8 && bytes[2] == 0xFF;
 }
 
-TextureFile ReadJpeg(ByteSpan bytes, const ReadOptions&, Findings&) {
-    if (bytes.size() >= 2 && (bytes[0] != 0xFF || bytes[1] != 0xD8)) {
+TextureFile ReadJpeg(ByteSource& source, const ReadOptions&, Findings&) {
+    Decoder decoder;
+    decoder.in = &source;
+    Start(decoder);
+    FillBuffer(decoder);
+    if (source.taken() >= 2 && (decoder.buffer[0] != 0xFF || decoder.buffer[1] != 0xD8)) {
         Reject(FindingNumber::kWrongMagic, "identifier", "other bytes", "FF D8");
     }
-    Decoder decoder;
-    Start(decoder);
-    if (!ReadHeader(decoder, bytes.data(), static_cast<unsigned long>(bytes.size()))) {
+    if (!ReadHeader(decoder)) {
         RejectStream(decoder);
     }
     CheckPictureSize(decoder.info.image_width, decoder.info.image_height);
-    CheckSizeAgainstFile(std::uint64_t{decoder.info.image_width} * decoder.info.image_height, bytes.size());
+    CheckSizeAgainstFile(std::uint64_t{decoder.info.image_width} * decoder.info.image_height, source);
     if (decoder.info.num_components != 1 && decoder.info.num_components != 3) {
         Reject(FindingNumber::kUnsupportedFormat, "channels", std::to_string(decoder.info.num_components),
                "1 or 3");

@@ -6,6 +6,6 @@
 namespace qonvert {
 
 bool IsJpeg(ByteSpan bytes);
-TextureFile ReadJpeg(ByteSpan bytes, const ReadOptions& options, Findings& findings);
+TextureFile ReadJpeg(ByteSource& source, const ReadOptions& options, Findings& findings);
 
 }  // namespace qonvert

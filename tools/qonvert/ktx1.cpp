@@ -22,6 +22,7 @@ struct Header {
     std::uint32_t type, typeSize, layout, internalFormat, base;
     std::uint32_t width, height, depth;
     std::uint32_t arrayElements, faces, levels, keyValueBytes;
+    bool bigEndian;
 };
 
 std::uint64_t PadTo4(std::uint64_t bytes) {
@@ -29,7 +30,7 @@ std::uint64_t PadTo4(std::uint64_t bytes) {
 }
 
 Header ReadHeader(ByteReader& reader) {
-    const ByteSpan identifier = reader.Header("identifier", kIdentifier.size());
+    const Bytes identifier = reader.Header("identifier", kIdentifier.size());
     if (!IsKtx1(identifier)) {
         Reject(FindingNumber::kWrongMagic, "identifier", "other bytes", "the 12 bytes of KTX 11");
     }
@@ -38,8 +39,9 @@ Header ReadHeader(ByteReader& reader) {
         Reject(FindingNumber::kWrongHeaderField, "endianness", Hex(endianness),
                Hex(kEndianness) + " or " + Hex(kEndiannessSwapped));
     }
-    reader.setBigEndian(endianness == kEndiannessSwapped);
     Header header{};
+    header.bigEndian = endianness == kEndiannessSwapped;
+    reader.setBigEndian(header.bigEndian);
     header.type = reader.Word("glType");
     header.typeSize = reader.Word("glTypeSize");
     header.layout = reader.Word("glFormat");
@@ -120,35 +122,36 @@ Origin ParseOrientation(std::string_view value, Findings& findings) {
     return up ? Origin::kBottomLeft : Origin::kTopLeft;
 }
 
-Origin ReadKeyValues(ByteReader& reader, const Header& header, bool bigEndian, Findings& findings) {
-    if (header.keyValueBytes > reader.remaining()) {
+Origin ReadKeyValues(ByteReader& reader, const Header& header, Findings& findings) {
+    if (const std::uint64_t left = reader.Ahead(header.keyValueBytes); left < header.keyValueBytes) {
         Reject(FindingNumber::kKeyValueData, "bytesOfKeyValueData", std::to_string(header.keyValueBytes),
-               "at most the " + std::to_string(reader.remaining()) + " bytes left in the file");
+               "at most the " + std::to_string(left) + " bytes left in the file");
     }
     Origin origin = Origin::kUnstated;
-    ByteReader pairs(reader.Header("key/value data", header.keyValueBytes), bigEndian);
-    while (pairs.remaining() >= 4) {
-        const std::uint32_t size = pairs.Word("keyAndValueByteSize");
-        if (size > pairs.remaining()) {
+    const Bytes data = reader.Header("key/value data", header.keyValueBytes);
+    ByteSpan pairs = data;
+    while (pairs.size() >= 4) {
+        MemorySource word(pairs);
+        const std::uint32_t size = ByteReader(word, header.bigEndian).Word("keyAndValueByteSize");
+        pairs = pairs.subspan(4);
+        if (size > pairs.size()) {
             Reject(FindingNumber::kKeyValueData, "keyAndValueByteSize", std::to_string(size),
-                   "at most the " + std::to_string(pairs.remaining()) + " bytes left of the key/value data");
+                   "at most the " + std::to_string(pairs.size()) + " bytes left of the key/value data");
         }
-        const ByteSpan pair = pairs.Header("key and value", size);
-        const auto end = std::find(pair.begin(), pair.end(), std::uint8_t{0});
-        if (end == pair.end()) {
+        const std::string_view pair(reinterpret_cast<const char*>(pairs.data()), size);
+        const std::size_t end = pair.find('\0');
+        if (end == std::string_view::npos) {
             Reject(FindingNumber::kKeyValueData, "key", "no end", "a NUL after the key");
         }
-        const std::string key(pair.begin(), end);
-        std::string value(end + 1, pair.end());
-        value.erase(std::find(value.begin(), value.end(), '\0'), value.end());
-        if (key == kOrientationKey) {
-            origin = ParseOrientation(value, findings);
+        if (pair.substr(0, end) == kOrientationKey) {
+            const std::string_view value = pair.substr(end + 1);
+            origin = ParseOrientation(value.substr(0, value.find('\0')), findings);
         }
-        pairs.SkipPadding(PadTo4(size) - size);
+        pairs = pairs.subspan(static_cast<std::size_t>(std::min<std::uint64_t>(PadTo4(size), pairs.size())));
     }
-    if (pairs.remaining() != 0) {
-        Reject(FindingNumber::kKeyValueData, "key/value data",
-               std::to_string(pairs.remaining()) + " bytes left", "whole pairs");
+    if (!pairs.empty()) {
+        Reject(FindingNumber::kKeyValueData, "key/value data", std::to_string(pairs.size()) + " bytes left",
+               "whole pairs");
     }
     return origin;
 }
@@ -168,19 +171,26 @@ LevelLayout LayoutOf(const KtxFormat& row, std::uint32_t width, std::uint32_t he
     return {bytes / height, PadTo4(bytes / height), height};
 }
 
+// The size that stands in front of a level, or of all levels of a paletted texture.
+void ReadLevelSize(ByteReader& reader, const std::string& level, std::uint64_t expected) {
+    const std::uint32_t size = reader.Word(("size of " + level).c_str());
+    if (size != expected) {
+        Reject(FindingNumber::kLevelSize, "size of " + level, std::to_string(size), std::to_string(expected));
+    }
+}
+
 Bytes ReadLevel(ByteReader& reader, const KtxFormat& row, std::uint32_t number, const LevelLayout& layout) {
     const std::string name = "level " + std::to_string(number);
-    const std::uint32_t size = reader.Word(("size of " + name).c_str());
-    const std::uint64_t expected = layout.paddedBytes * layout.rows;
-    if (size != expected) {
-        Reject(FindingNumber::kLevelSize, "size of " + name, std::to_string(size), std::to_string(expected));
-    }
-    const ByteSpan data = reader.Data(name, size);
+    const std::uint64_t size = layout.paddedBytes * layout.rows;
+    ReadLevelSize(reader, name, size);
+    Bytes level = reader.Data(name, size);
     reader.SkipPadding(PadTo4(size) - size);
-    Bytes level;
-    level.reserve(layout.rowBytes * layout.rows);
-    for (std::uint32_t y = 0; y < layout.rows; ++y) {
-        Append(level, data.subspan(y * layout.paddedBytes, layout.rowBytes));
+    if (layout.rowBytes != layout.paddedBytes) {
+        for (std::size_t y = 1; y < layout.rows; ++y) {
+            std::copy_n(level.data() + y * layout.paddedBytes, layout.rowBytes,
+                        level.data() + y * layout.rowBytes);
+        }
+        level.resize(layout.rowBytes * layout.rows);
     }
     Rearrange(level, row.fix, TableBytes(row.code));
     return level;
@@ -190,20 +200,25 @@ Bytes ReadLevel(ByteReader& reader, const KtxFormat& row, std::uint32_t number, 
 void ReadPalettedLevels(ByteReader& reader, const KtxFormat& row, std::uint32_t levels,
                         TextureFile& texture) {
     const std::uint32_t table = TableBytes(row.code);
+    const auto indices = [&](std::uint32_t level) {
+        return PictureBytes(row.code, LevelSide(texture.width, level), LevelSide(texture.height, level)) -
+               table;
+    };
     std::uint64_t total = table;
     for (std::uint32_t i = 0; i < levels; ++i) {
-        total += PictureBytes(row.code, LevelSide(texture.width, i), LevelSide(texture.height, i)) - table;
+        total += indices(i);
     }
-    const Bytes all = ReadLevel(reader, row, 0, {total, total, 1});
-    auto at = all.begin() + table;
+    const std::string name = "level 0";
+    ReadLevelSize(reader, name, total);
+    reader.Require(FindingNumber::kDataMissing, name, total);
+    const Bytes colours = reader.Data(name, table);
     for (std::uint32_t i = 0; i < levels; ++i) {
-        const auto indices = static_cast<std::ptrdiff_t>(
-            PictureBytes(row.code, LevelSide(texture.width, i), LevelSide(texture.height, i)) - table);
-        Bytes level(all.begin(), all.begin() + table);
-        level.insert(level.end(), at, at + indices);
-        at += indices;
+        Bytes level = reader.Data(name, indices(i));
+        level.insert(level.begin(), colours.begin(), colours.end());
+        Rearrange(level, row.fix, table);
         texture.levels.push_back(std::move(level));
     }
+    reader.SkipPadding(PadTo4(total) - total);
 }
 
 const KtxFormat& RowToWrite(std::uint32_t format, const WriteOptions& options) {
@@ -270,8 +285,8 @@ bool Ktx1Carries(std::uint32_t format, const WriteOptions&) {
                        [format](const KtxFormat& row) { return row.code == format; });
 }
 
-TextureFile ReadKtx1(ByteSpan bytes, const ReadOptions&, Findings& findings) {
-    ByteReader reader(bytes);
+TextureFile ReadKtx1(ByteSource& source, const ReadOptions&, Findings& findings) {
+    ByteReader reader(source);
     const Header header = ReadHeader(reader);
     CheckKind(header);
     const KtxFormat& row = FindRow(header);
@@ -288,20 +303,19 @@ TextureFile ReadKtx1(ByteSpan bytes, const ReadOptions&, Findings& findings) {
     texture.width = header.width;
     texture.height = header.height;
     texture.encoding = std::string(row.name) + " (" + Hex(row.internalFormat) + ")";
-    const bool bigEndian = bytes[kIdentifier.size()] == 0x04;
-    texture.origin = ReadKeyValues(reader, header, bigEndian, findings);
+    texture.origin = ReadKeyValues(reader, header, findings);
     if (TableBytes(row.code) != 0) {
         ReadPalettedLevels(reader, row, levels, texture);
     } else {
         for (std::uint32_t i = 0; i < levels; ++i) {
             const LevelLayout layout = LayoutOf(row, LevelSide(header.width, i), LevelSide(header.height, i));
             texture.levels.push_back(ReadLevel(reader, row, i, layout));
-            if (bigEndian && row.typeSize > 1) {
+            if (header.bigEndian && row.typeSize > 1) {
                 SwapBytes(texture.levels.back(), row.typeSize);
             }
         }
     }
-    NoteTrailingBytes(reader, findings);
+    NoteTrailingBytes(source, findings);
     return texture;
 }
 

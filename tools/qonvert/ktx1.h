@@ -8,7 +8,7 @@ namespace qonvert {
 bool IsKtx1(ByteSpan bytes);
 bool Ktx1Carries(std::uint32_t format, const WriteOptions& options);
 // Arrays, cube maps and volumes are rejected as not supported.
-TextureFile ReadKtx1(ByteSpan bytes, const ReadOptions& options, Findings& findings);
+TextureFile ReadKtx1(ByteSource& source, const ReadOptions& options, Findings& findings);
 // Paletted levels share one colour table in this container, so all tables must be equal.
 Bytes WriteKtx1(const TextureFile& texture, const WriteOptions& options);
 

@@ -8,6 +8,13 @@
 
 namespace qonvert {
 
+namespace {
+
+// Enough to know every container, and most headers.
+constexpr std::size_t kFirstBytes = 4096;
+
+}  // namespace
+
 void ParseRaw(const std::string& text, ReadOptions& options) {
     const std::size_t colon = text.find(':');
     if (colon == std::string::npos ||
@@ -40,18 +47,24 @@ const Container& InputContainer(const std::string& path, const std::string& name
            "one of " + ContainerNames());
 }
 
-LoadedTexture LoadTexture(const std::string& path, const std::string& named, const ReadOptions& options,
-                          Findings& findings) try {
-    const Bytes bytes = ReadFile(path);
-    try {
-        LoadedTexture loaded;
-        loaded.container = &InputContainer(path, named, bytes, options, findings);
-        loaded.texture = loaded.container->read(bytes, options, findings);
-        loaded.fileBytes = bytes.size();
-        return loaded;
-    } catch (const ToolError& error) {
-        throw ToolError(error.code(), InputName(path) + ": " + error.what());
+void LoadTexture(const std::string& path, const std::string& named, const ReadOptions& options,
+                 Findings& findings, LoadedTexture& loaded) try {
+    texfile::InputFile file;
+    ByteSpan first;
+    texfile::IoError error = OpenInput(path, file);
+    error = error ? error : file.First(kFirstBytes, first);
+    if (error) {
+        throw ToolError(ExitCode::kIo, error.Text());
     }
+    loaded.container = &InputContainer(path, named, first, options, findings);
+    FileSource source(file);
+    loaded.texture = loaded.container->readFrom(source, options, findings);
+    source.Skip();
+    loaded.fileBytes = source.taken();
+} catch (const FileError& error) {
+    throw FileError(error.finding(), InputName(path));
+} catch (const ToolError& error) {
+    throw ToolError(error.code(), InputName(path) + ": " + error.what());
 } catch (const std::bad_alloc&) {
     throw ToolError(ExitCode::kRuntime, InputName(path) + ": out of memory");
 }

@@ -22,9 +22,9 @@ void ParseRaw(const std::string& text, ReadOptions& options);
 const Container& InputContainer(const std::string& path, const std::string& named, ByteSpan bytes,
                                 const ReadOptions& options, Findings& findings);
 
-// Reads and checks a whole file. Throws ToolError with the path in front; `findings` then still holds
-// what was noted before.
-LoadedTexture LoadTexture(const std::string& path, const std::string& named, const ReadOptions& options,
-                          Findings& findings);
+// Reads and checks a file, as far as its texture goes: of what is no texture only the first bytes. Throws
+// ToolError; `findings` then still holds what was noted before, and `loaded` the container, if known.
+void LoadTexture(const std::string& path, const std::string& named, const ReadOptions& options,
+                 Findings& findings, LoadedTexture& loaded);
 
 }  // namespace qonvert

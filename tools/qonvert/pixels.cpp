@@ -18,14 +18,16 @@ bool IsFloat(std::uint32_t format) {
     return info != nullptr && info->IsFloat();
 }
 
-// The converter's sizes are 32-bit words; so must be its working image, of 4 or 16 bytes a pixel.
+// The converter's sizes are 32-bit words; so must be its working image, of 4 or 16 bytes a pixel. And nothing
+// is made that the readers would refuse.
 void CheckWorkingSize(std::uint32_t width, std::uint32_t height, std::uint64_t bytesPerPixel) {
+    const std::uint64_t most = std::min(kMaxPixels, UINT32_MAX / bytesPerPixel);
     if (width == 0 || height == 0 || width > kMaxSide || height > kMaxSide ||
-        std::uint64_t{width} * height * bytesPerPixel > UINT32_MAX) {
+        std::uint64_t{width} * height > most) {
         throw ToolError(ExitCode::kUnsupported,
                         "a picture of " + std::to_string(width) + " x " + std::to_string(height) +
-                            " is not possible; sides are 1 to " + std::to_string(kMaxSide) +
-                            ", and its pixels take up to 4 GiB");
+                            " is not possible; sides are 1 to " + std::to_string(kMaxSide) + ", with up to " +
+                            std::to_string(most) + " pixels");
     }
 }
 

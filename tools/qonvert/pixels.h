@@ -27,7 +27,7 @@ struct Steps {
     bool wrap = false;
 };
 
-// Throws ToolError (unsupported) for a size that the converter cannot hold.
+// Throws ToolError (unsupported) for a size that the converter cannot hold or the readers would refuse.
 void CheckConvertible(std::uint32_t format, std::uint32_t width, std::uint32_t height);
 
 // Converts into a new buffer of `width` x `height` pixels of `format`. Throws ToolError when the

@@ -33,13 +33,13 @@ bool PkmCarries(std::uint32_t format, const WriteOptions&) {
     return format == FMT_ETC1_RGB8;
 }
 
-TextureFile ReadPkm(ByteSpan bytes, const ReadOptions&, Findings& findings) {
-    ByteReader reader(bytes, true);
-    const ByteSpan magic = reader.Header("identifier", kMagic.size());
+TextureFile ReadPkm(ByteSource& source, const ReadOptions&, Findings& findings) {
+    ByteReader reader(source, true);
+    const Bytes magic = reader.Header("identifier", kMagic.size());
     if (!IsPkm(magic)) {
         Reject(FindingNumber::kWrongMagic, "identifier", "other bytes", "\"PKM \"");
     }
-    const ByteSpan version = reader.Header("version", 2);
+    const Bytes version = reader.Header("version", 2);
     if (version[0] != '1' || version[1] != '0') {
         Reject(FindingNumber::kUnsupportedFormat, "version", std::string(version.begin(), version.end()),
                "10");
@@ -60,18 +60,13 @@ TextureFile ReadPkm(ByteSpan bytes, const ReadOptions&, Findings& findings) {
     CheckPaddedSide("padded width", paddedWidth, texture.width);
     CheckPaddedSide("padded height", paddedHeight, texture.height);
 
-    const ByteSpan data = reader.Data("blocks", PictureBytes(texture.format, texture.width, texture.height));
-    texture.levels.emplace_back(data.begin(), data.end());
-    NoteTrailingBytes(reader, findings);
+    texture.levels.push_back(
+        reader.Data("blocks", PictureBytes(texture.format, texture.width, texture.height)));
+    NoteTrailingBytes(source, findings);
     return texture;
 }
 
 Bytes WritePkm(const TextureFile& texture, const WriteOptions&) {
-    if (Padded(texture.width) > 0xFFFF || Padded(texture.height) > 0xFFFF) {
-        throw ToolError(ExitCode::kUnsupported, "pkm holds sides up to 65532 pixels, got " +
-                                                    std::to_string(texture.width) + " x " +
-                                                    std::to_string(texture.height));
-    }
     Bytes out(kMagic.begin(), kMagic.end());
     out.push_back('1');
     out.push_back('0');

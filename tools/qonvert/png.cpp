@@ -3,11 +3,12 @@
 #include <bit>
 #include <csetjmp>
 #include <cstring>
-#include <new>
+#include <exception>
 
 #include <png.h>
 
 #include "texconv/format_table.h"
+#include "tools/qonvert/byte_io.h"
 #include "tools/qonvert/pixels.h"
 #include "tools/qonvert/png_samples.h"
 
@@ -18,17 +19,18 @@ using QXTextureConverter::FormatInfo;
 
 namespace {
 
+constexpr std::size_t kIdentifierBytes = 8;
+
 // What libpng calls back into. Its errors come back to the last setjmp.
 struct Codec {
     png_structp png = nullptr;
     png_infop info = nullptr;
     bool reads = false;
-    ByteSpan in;
-    std::size_t at = 0;
+    ByteSource* in = nullptr;
     Bytes out;
     char message[200] = {};
     Findings* findings = nullptr;
-    bool outOfMemory = false;
+    std::exception_ptr thrown;  // by a callback
 
     explicit Codec(bool reading) : reads(reading) {}
     Codec(const Codec&) = delete;
@@ -48,39 +50,44 @@ struct Codec {
     png_longjmp(png, 1);
 }
 
-// Runs a step that takes memory: libpng's frames let errors through, but no exceptions.
+// Runs a step that may throw: libpng's frames let errors through, but no exceptions.
 template <typename Step>
-void TakeMemory(png_structp png, Codec& codec, Step step) {
+void Guard(png_structp png, Codec& codec, Step step) {
     try {
         step();
-    } catch (const std::bad_alloc&) {
-        codec.outOfMemory = true;
+    } catch (...) {
+        codec.thrown = std::current_exception();
     }
-    if (codec.outOfMemory) {
-        png_error(png, "out of memory");
+    if (codec.thrown) {
+        png_error(png, "a step of ours failed");
     }
 }
 
 void OnWarning(png_structp png, png_const_charp message) {
     auto* codec = static_cast<Codec*>(png_get_error_ptr(png));
     if (codec->findings != nullptr) {
-        TakeMemory(png, *codec,
-                   [&] { Note(*codec->findings, FindingNumber::kOddStream, "PNG data", message, ""); });
+        Guard(png, *codec,
+              [&] { Note(*codec->findings, FindingNumber::kOddStream, "PNG data", message, ""); });
     }
 }
 
 void OnRead(png_structp png, png_bytep out, std::size_t count) {
     auto* codec = static_cast<Codec*>(png_get_io_ptr(png));
-    if (count > codec->in.size() - codec->at) {
+    bool whole = false;
+    Guard(png, *codec, [&] {
+        whole = codec->in->Ahead(count) == count;
+        if (whole) {
+            codec->in->Take({out, count});
+        }
+    });
+    if (!whole) {
         png_error(png, "the file ends early");
     }
-    std::memcpy(out, codec->in.data() + codec->at, count);
-    codec->at += count;
 }
 
 void OnWrite(png_structp png, png_bytep bytes, std::size_t count) {
     auto* codec = static_cast<Codec*>(png_get_io_ptr(png));
-    TakeMemory(png, *codec, [&] { codec->out.insert(codec->out.end(), bytes, bytes + count); });
+    Guard(png, *codec, [&] { codec->out.insert(codec->out.end(), bytes, bytes + count); });
 }
 
 void OnFlush(png_structp) {}
@@ -105,6 +112,7 @@ bool ReadInfo(Codec& codec) {
         return false;
     }
     png_set_read_fn(codec.png, &codec, OnRead);
+    png_set_sig_bytes(codec.png, kIdentifierBytes);
     png_set_user_limits(codec.png, kMaxSide, kMaxSide);
     png_set_chunk_malloc_max(codec.png, kChunkLimit);
     png_read_info(codec.png, codec.info);
@@ -174,16 +182,22 @@ bool WriteAll(Codec& codec, const Header& header, png_uint_32 width, png_uint_32
     return true;
 }
 
-[[noreturn]] void RejectStream(const Codec& codec) {
-    if (codec.outOfMemory) {
-        throw std::bad_alloc();
+void ThrowAgain(const Codec& codec) {
+    if (codec.thrown) {
+        std::rethrow_exception(codec.thrown);
     }
+}
+
+[[noreturn]] void RejectStream(const Codec& codec) {
+    ThrowAgain(codec);
     Reject(FindingNumber::kDamagedStream, "PNG data", codec.message, "a whole picture");
 }
 
 // Deflate shrinks at most 1032 times; a picture that claims more is not in the file.
-void CheckSizeAgainstFile(std::uint64_t pictureBytes, std::uint64_t fileBytes) {
-    if (pictureBytes / 1032 > fileBytes) {
+void CheckSizeAgainstFile(std::uint64_t pictureBytes, ByteSource& source) {
+    const std::uint64_t least = pictureBytes / 1032;
+    const std::uint64_t fileBytes = source.taken() + source.Ahead(least);
+    if (least > fileBytes) {
         Reject(FindingNumber::kDataMissing, "pixels", std::to_string(fileBytes) + " bytes in the file",
                "data for " + std::to_string(pictureBytes) + " bytes of pixels");
     }
@@ -240,7 +254,7 @@ constexpr bool kBigEndianHost = std::endian::native == std::endian::big;
 }  // namespace
 
 bool IsPng(ByteSpan bytes) {
-    return bytes.size() >= 8 && png_sig_cmp(bytes.data(), 0, 8) == 0;
+    return bytes.size() >= kIdentifierBytes && png_sig_cmp(bytes.data(), 0, kIdentifierBytes) == 0;
 }
 
 bool PngCarries(std::uint32_t format, const WriteOptions& options) {
@@ -255,15 +269,17 @@ bool PngCarries(std::uint32_t format, const WriteOptions& options) {
            format == FMT_LA88 || format == FMT_L16;
 }
 
-TextureFile ReadPng(ByteSpan bytes, const ReadOptions& options, Findings& findings) {
-    if (bytes.size() < 8) {
-        Reject(FindingNumber::kHeaderTruncated, "identifier", std::to_string(bytes.size()) + " bytes", "8");
+TextureFile ReadPng(ByteSource& source, const ReadOptions& options, Findings& findings) {
+    std::uint8_t identifier[kIdentifierBytes];
+    if (const std::uint64_t left = source.Ahead(kIdentifierBytes); left < kIdentifierBytes) {
+        Reject(FindingNumber::kHeaderTruncated, "identifier", std::to_string(left) + " bytes", "8");
     }
-    if (!IsPng(bytes)) {
+    source.Take(identifier);
+    if (!IsPng(identifier)) {
         Reject(FindingNumber::kWrongMagic, "identifier", "other bytes", "the 8 bytes of PNG");
     }
     Codec codec(true);
-    codec.in = bytes;
+    codec.in = &source;
     codec.findings = &findings;
     if (!Start(codec)) {
         throw ToolError(ExitCode::kRuntime, "libpng cannot start");
@@ -274,7 +290,7 @@ TextureFile ReadPng(ByteSpan bytes, const ReadOptions& options, Findings& findin
     const std::uint32_t width = png_get_image_width(codec.png, codec.info);
     const std::uint32_t height = png_get_image_height(codec.png, codec.info);
     CheckPictureSize(width, height);
-    CheckSizeAgainstFile(std::uint64_t{png_get_rowbytes(codec.png, codec.info)} * height, bytes.size());
+    CheckSizeAgainstFile(std::uint64_t{png_get_rowbytes(codec.png, codec.info)} * height, source);
 
     TextureFile texture;
     texture.width = width;
@@ -297,10 +313,7 @@ TextureFile ReadPng(ByteSpan bytes, const ReadOptions& options, Findings& findin
     const PngPalette palette = indexed ? ReadPalette(codec) : PngPalette{};
     const unsigned channels = png_get_channels(codec.png, codec.info);
     Bytes samples = ReadSamples(codec);
-    if (codec.at != bytes.size()) {
-        Note(findings, FindingNumber::kTrailingBytes, "bytes after the picture",
-             std::to_string(bytes.size() - codec.at), "0");
-    }
+    NoteTrailingBytes(source, findings, "the picture");
     if (indexed) {
         PackIndexed(samples, palette, sourceDepth, texture, findings);
     } else if (keepDeep) {
@@ -332,9 +345,7 @@ Bytes WritePng(const TextureFile& texture, const WriteOptions&) {
     const Header header{static_cast<int>(picture.depth),  type,          colours.data(),
                         static_cast<int>(colours.size()), alphas.data(), static_cast<int>(alphas.size())};
     if (!WriteAll(codec, header, texture.width, texture.height, rows.data())) {
-        if (codec.outOfMemory) {
-            throw std::bad_alloc();
-        }
+        ThrowAgain(codec);
         throw ToolError(ExitCode::kRuntime, std::string("cannot write png: ") + codec.message);
     }
     return std::move(codec.out);

@@ -10,7 +10,7 @@ bool IsPng(ByteSpan bytes);
 // widened to 8 bits per channel), and with pngDeepFloats the float formats but alpha alone.
 bool PngCarries(std::uint32_t format, const WriteOptions& options);
 // Samples of 16 bits become what options.deepSamples says. Transparent colours become alpha.
-TextureFile ReadPng(ByteSpan bytes, const ReadOptions& options, Findings& findings);
+TextureFile ReadPng(ByteSource& source, const ReadOptions& options, Findings& findings);
 Bytes WritePng(const TextureFile& texture, const WriteOptions& options);
 
 }  // namespace qonvert

@@ -13,7 +13,7 @@ bool RawCarries(std::uint32_t format, const WriteOptions&) {
     return QXTextureConverter::FindFormat(format) != nullptr;
 }
 
-TextureFile ReadRaw(ByteSpan bytes, const ReadOptions& options, Findings&) {
+TextureFile ReadRaw(ByteSource& source, const ReadOptions& options, Findings&) {
     if (!RawCarries(options.rawFormat, {})) {
         throw ToolError(ExitCode::kUsage, "a headerless file needs --raw WxH:FORMAT");
     }
@@ -25,17 +25,16 @@ TextureFile ReadRaw(ByteSpan bytes, const ReadOptions& options, Findings&) {
     CheckPictureSize(texture.width, texture.height);
 
     // As many whole levels as there are; anything else is a wrong size.
-    ByteReader reader(bytes);
+    ByteReader reader(source);
     const std::uint64_t base = PictureBytes(texture.format, texture.width, texture.height);
     const std::uint32_t chain = FullChain(texture.width, texture.height);
-    for (std::uint32_t level = 0; level < chain && (level == 0 || reader.remaining() != 0); ++level) {
-        const ByteSpan data = reader.Data(
+    for (std::uint32_t level = 0; level < chain && (level == 0 || reader.Ahead(1) != 0); ++level) {
+        texture.levels.push_back(reader.Data(
             "level " + std::to_string(level),
-            PictureBytes(texture.format, LevelSide(texture.width, level), LevelSide(texture.height, level)));
-        texture.levels.emplace_back(data.begin(), data.end());
+            PictureBytes(texture.format, LevelSide(texture.width, level), LevelSide(texture.height, level))));
     }
-    if (reader.remaining() != 0) {
-        Reject(FindingNumber::kLevelSize, "size of the file", std::to_string(bytes.size()) + " bytes",
+    if (source.Skip() != 0) {
+        Reject(FindingNumber::kLevelSize, "size of the file", std::to_string(source.taken()) + " bytes",
                std::to_string(base) + ", or whole levels after it");
     }
     return texture;

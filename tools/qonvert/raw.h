@@ -8,7 +8,7 @@ namespace qonvert {
 bool IsRaw(ByteSpan bytes);  // never: there is nothing to recognise
 bool RawCarries(std::uint32_t format, const WriteOptions& options);
 // Needs the size and format in `options`.
-TextureFile ReadRaw(ByteSpan bytes, const ReadOptions& options, Findings& findings);
+TextureFile ReadRaw(ByteSource& source, const ReadOptions& options, Findings& findings);
 Bytes WriteRaw(const TextureFile& texture, const WriteOptions& options);
 
 }  // namespace qonvert

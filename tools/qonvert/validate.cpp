@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
-#include <new>
 #include <nlohmann/json.hpp>
 
 #include "tools/qonvert/files.h"
@@ -21,23 +20,20 @@ struct ValidateOptions {
 };
 
 // All findings: the warnings up to the error, if there is one.
-Findings Check(const ValidateOptions& options, std::string& containerName) try {
+Findings Check(const ValidateOptions& options, std::string& containerName) {
     ReadOptions read;
     if (!options.raw.empty()) {
         ParseRaw(options.raw, read);
     }
-    const Bytes bytes = ReadFile(options.file);
     Findings findings;
+    LoadedTexture loaded;
     try {
-        const Container& container = InputContainer(options.file, options.container, bytes, read, findings);
-        containerName = container.name;
-        container.read(bytes, read, findings);
+        LoadTexture(options.file, options.container, read, findings, loaded);
     } catch (const FileError& error) {
         findings.push_back(error.finding());
     }
+    containerName = loaded.container != nullptr ? loaded.container->name : "";
     return findings;
-} catch (const std::bad_alloc&) {
-    throw ToolError(ExitCode::kRuntime, InputName(options.file) + ": out of memory");
 }
 
 ExitCode RunValidate(const Session& session, const ValidateOptions& options) {
