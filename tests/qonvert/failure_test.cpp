@@ -6,6 +6,7 @@
 
 #include "tests/qonvert/tool.h"
 #include "texfile/unfinished.h"
+#include "tools/common/printable.h"
 
 namespace qonvert {
 namespace {
@@ -28,6 +29,10 @@ class Failure : public QonvertTest {
         Write("empty.png", Bytes{});
         Write("lost.txt", std::string("no.png\n"));
         Write("px.raw", Noise(30, 5));
+        WritePicture("wide.png", 20, 20);
+        WritePicture("long.png", 100, 32767);
+        Write("zero.txt", std::string("a.png\r\n\nb\0.png\n", 15));
+        std::filesystem::create_symlink("/dev/null", Path("planted.ktx"));
         std::filesystem::create_symlink("loop.ktx", Path("loop.ktx"));
     }
 };
@@ -41,7 +46,9 @@ const std::string kUnknown = "error 110: container: got unknown first bytes, exp
 const std::string kHuge =
     "huge.ktx: error 104: size of the picture: got 2147483647 x 8, expected sides up to 65536 and up to "
     "268435456 pixels";
-const std::string kImpossible = " is not possible; sides are 1 to 65536, and its pixels take up to 4 GiB";
+const std::string kImpossible = " is not possible; sides are 1 to 65536, with up to 26843545";
+const std::string kImpossibleBytes = kImpossible + "6 pixels";
+const std::string kImpossibleFloats = kImpossible + "5 pixels";
 const std::string kOneTable =
     "a.png: ktx holds one colour table for all levels, and these levels differ in theirs; write one level, "
     "or dds or raw in another format";
@@ -101,14 +108,24 @@ const FailureRow kRows[] = {
     {"convert a.png loop.ktx --overwrite", 2, "loop.ktx: Too many levels of symbolic links"},
     {kLong.c_str(), 2, kTooLong},
     {"convert @none.txt --out-dir new", 2, "none.txt: No such file or directory"},
+    {"convert @zero.txt --out-dir sub", 2,
+     "zero.txt: line 3: got a name with a zero byte, expected none in it"},
+    {"convert @/dev/zero --out-dir sub", 2, "/dev/zero: got more than 16777216 bytes"},
     {"convert @lost.txt --out-dir sub", 2, "no.png: No such file or directory"},
     {"convert a.png --out-dir etc.ktx", 2, "etc.ktx: Not a directory"},
     {"convert \"$(printf 'x\\ny\\033[2J')\" b.ktx", 2, "x\\x0ay\\x1b[2J: No such file or directory"},
     {"convert sub b.ktx", 2, "sub: got a folder, expected a file"},
     {"convert a.png /dev/full --container ktx --overwrite", 2, "/dev/full: No space left on device"},
+    {"convert a.png planted.ktx --overwrite", 2,
+     "planted.ktx: got a link to a device, a pipe or a socket, expected its own name"},
     {"info none.png", 2, "none.png: No such file or directory"},
-    {"info etc.ktx >/dev/full", 2, "standard output cannot be written"},
+    {"info etc.ktx >/dev/full", 2, "standard output: cannot write: No space left on device"},
     {"compare a.png taken.png --diff taken.png", 2, "taken.png: exists; --overwrite replaces it"},
+    // Descriptor 9 is a pipe whose reader has gone.
+    {"info etc.ktx >&9", 2, "standard output: cannot write: Broken pipe"},
+    {"formats --json >&9", 2, "standard output: cannot write: Broken pipe"},
+    {"convert a.png - --container png >&9", 2, "standard output: Broken pipe"},
+    {"compare a.png taken.png --min-psnr 99 >&9", 2, "standard output: cannot write: Broken pipe"},
     // Bad files.
     {"convert huge.ktx b.dds", 3, kHuge},
     {"convert cut.ktx b.dds", 3, "cut.ktx: error 105: level 0: got 4 bytes left in the file, expected 32"},
@@ -118,6 +135,7 @@ const FailureRow kRows[] = {
     {"convert half.png b.ktx", 3,
      "half.png: error 109: PNG data: got the file ends early, expected a whole picture"},
     {"convert empty.png b.ktx", 3, "empty.png: error 101: identifier: got 0 bytes, expected 8"},
+    {"info /dev/zero", 3, "/dev/zero: " + kUnknown},
     {"convert - b.ktx <empty.png", 3, "standard input: " + kUnknown},
     {"convert px.raw b.ktx --raw 8x8:rgb565", 3,
      "px.raw: error 105: level 0: got 30 bytes left in the file, expected 128"},
@@ -138,13 +156,50 @@ const FailureRow kRows[] = {
     {"convert a.png b.ktx -f p8_rgb888 --mips", 5, kOneTable},
     {"convert a.png b.jpg", 5, "a.png: jpeg is only read, not written"},
     {"convert a.png b.dds --assign-origin bottom-left", 5, "a.png: dds records no origin; ktx does"},
-    {"convert a.png b.ktx --scale 65537x1", 5, "a.png: a picture of 65537 x 1" + kImpossible},
-    {"convert a.png b.ktx --scale 16384x16384 -f rgba32f", 5,
-     "a.png: a picture of 16384 x 16384" + kImpossible},
+    // Sizes that nobody would read, some before the input is looked at.
+    {"convert none.png b.ktx --scale 65537x1", 5, "none.png: a picture of 65537 x 1" + kImpossibleBytes},
+    {"convert none.png b.ktx --scale 16385x16384 -f l8", 5,
+     "none.png: a picture of 16385 x 16384" + kImpossibleBytes},
+    {"convert none.png b.ktx --scale 16384x16384 -f rgba32f", 5,
+     "none.png: a picture of 16384 x 16384" + kImpossibleFloats},
+    {"convert none.png b.pkm --scale 65533x4", 5,
+     "none.png: pkm holds sides up to 65532 pixels, got 65533 x 4"},
+    {"convert wide.png b.raw --scale 100000% --normal-map sobel -f p1_rgba8888 --mips", 5,
+     "wide.png: a picture of 20000 x 20000" + kImpossibleBytes},
+    {"convert long.png b.pkm --scale 200%", 5,
+     "long.png: pkm holds sides up to 65532 pixels, got 200 x 65534"},
 };
 
 TEST_F(Failure, IsOneLineItsExitCodeAndNoFile) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    ASSERT_EQ(dup2(ends[1], 9), 9);
+    close(ends[0]);
+    close(ends[1]);
     ExpectFailures(kRows);
+    close(9);
+}
+
+TEST(Printable, LeavesATerminalAlone) {
+    const struct {
+        std::string text, shown;
+    } rows[] = {
+        {"a b~", "a b~"},
+        {"\x1b[2J\n\x7f", "\\x1b[2J\\x0a\\x7f"},
+        {std::string(1, '\0'), "\\x00"},
+        {"\u00a0\u00e9\u05d0\u200f\u20ac\U0001f600", "\u00a0\u00e9\u05d0\u200f\u20ac\U0001f600"},
+        {"\u0080\u009b31m", "\\xc2\\x80\\xc2\\x9b31m"},  // C1, which terminals may obey
+        {"\x9b\xe9t\xe9", "\\x9b\\xe9t\\xe9"},           // Latin-1
+        {"\u2028\u202egnp\u2066", "\\xe2\\x80\\xa8\\xe2\\x80\\xaegnp\\xe2\\x81\\xa6"},
+        {"\xc0\x9b\xe0\x82\x9b", "\\xc0\\x9b\\xe0\\x82\\x9b"},  // longer than need be
+        {"\xed\xa0\x80\xf4\x90\x80\x80\xff", "\\xed\\xa0\\x80\\xf4\\x90\\x80\\x80\\xff"},
+        {"\xe2\x82", "\\xe2\\x82"},
+        {"\xe2\x1b\x82", "\\xe2\\x1b\\x82"},
+    };
+    for (const auto& [text, shown] : rows) {
+        EXPECT_EQ(tools::Printable(text), shown);
+    }
+    EXPECT_EQ(tools::PrintableJson("{\n\"\u009b\u00e9\u202e\": 1}"), "{\n\"\\u009b\u00e9\\u202e\": 1}");
 }
 
 TEST_F(Failure, EndsWithoutUnfinishedFiles) {

@@ -103,6 +103,22 @@ TEST_F(Program, PipesThroughStandardStreams) {
     EXPECT_EQ(Run("compare a.png - <b.ktx").code, 0);
 }
 
+TEST_F(Program, DevicesAndPipesStayWhatTheyAre) {
+    WritePicture("a.png", 9, 7);
+    ASSERT_EQ(Run("convert a.png b.ktx").code, 0);
+    ASSERT_TRUE(Shell("mkfifo pipe.ktx"));
+    EXPECT_TRUE(Shell("cat pipe.ktx >got & $TOOL convert a.png pipe.ktx && wait && cmp got b.ktx"));
+    EXPECT_TRUE(Shell("cat b.ktx >pipe.ktx & $TOOL compare pipe.ktx a.png && wait && [ -p pipe.ktx ]"));
+    // Only the file goes there, not what the tool says; what stood there before stays.
+    for (const char* name : {"/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"}) {
+        const ToolRun run = Run(std::string("convert a.png --container ktx --overwrite ") + name);
+        EXPECT_EQ(run.out, Read("b.ktx")) << name;
+        EXPECT_EQ(run.err.find("a.png -> "), 0u);
+    }
+    EXPECT_TRUE(Shell("[ -L /dev/stdout ]"));
+    EXPECT_TRUE(Shell("$TOOL convert a.png /dev/null --container ktx && [ -c /dev/null ]"));
+}
+
 TEST_F(Program, OriginIsRecordedMovedAndAssigned) {
     WritePicture("a.png", 8, 8);
     const struct {
@@ -206,7 +222,7 @@ TEST_F(Program, ASignalAmidWritingLeavesNothingBehind) {
     EXPECT_TRUE(Shell(R"(head -c 67108864 /dev/zero >big.raw
         for try in $(seq 99); do
             rm -f out.raw; $TOOL convert big.raw out.raw --raw 8192x8192:l8 & tool=$!
-            until set -- .qonvert-*; [ -e "$1" ]; do kill -0 $tool || break; done
+            until set -- .zorvan-*.tmp; [ -e "$1" ]; do kill -0 $tool || break; done
             kill $tool; wait $tool; code=$?
             [ $code = 143 ] && [ ! -e out.raw ] && break
         done

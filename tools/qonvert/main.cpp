@@ -1,6 +1,8 @@
 // qonvert: converts, inspects and compares texture files.
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <iostream>
 #include <new>
 #include <nlohmann/json.hpp>
@@ -92,6 +94,8 @@ ExitCode Run(int argc, char** argv, Session& session) {
 
 int main(int argc, char** argv) {
     texfile::RemoveUnfinishedAtTheEnd();
+    // A reader that goes away is a write error with a message, not a silent end.
+    std::signal(SIGPIPE, SIG_IGN);
     // A file that grows beyond a limit is a failed write like any other.
     std::signal(SIGXFSZ, SIG_IGN);
     Session session;
@@ -106,9 +110,9 @@ int main(int argc, char** argv) {
         code = Fail(session, ExitCode::kRuntime, error.what());
     }
     std::cout.flush();
-    if (!std::cout && code == ExitCode::kOk) {
-        session.Warn("standard output cannot be written");
-        code = ExitCode::kIo;
+    if (!std::cout) {
+        session.Warn(std::string("standard output: cannot write: ") + std::strerror(errno));
+        code = code == ExitCode::kOk ? ExitCode::kIo : code;
     }
     return static_cast<int>(code);
 }

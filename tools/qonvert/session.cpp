@@ -16,7 +16,8 @@ void Session::Warn(const std::string& line) const {
 
 void Session::Print(const nlohmann::ordered_json& value) const {
     // Paths may hold bytes that are no UTF-8.
-    text() << value.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+    text() << tools::PrintableJson(value.dump(2, ' ', false, nlohmann::json::error_handler_t::replace))
+           << '\n';
 }
 
 CLI::App* AddVerb(CLI::App& program, Session& session, const char* name, const char* description,
