@@ -83,10 +83,17 @@ void CImage::Verbose(const char* message) {
     }
 }
 
+void CImage::ReportNoMemory() {
+    Verbose("Could not create memory");
+    if (m_pDst != nullptr) {
+        m_pDst->nDataSize = 0;
+    }
+}
+
 unsigned char* CImage::Mem_Malloc(unsigned size) {
     auto* memory = static_cast<unsigned char*>(std::malloc(std::max(size, 1u)));
     if (memory == nullptr) {
-        Verbose("Could not create memory");
+        ReportNoMemory();
     }
     return memory;
 }
@@ -94,7 +101,7 @@ unsigned char* CImage::Mem_Malloc(unsigned size) {
 unsigned char* CImage::AllocateImage(std::uint32_t width, std::uint32_t height, std::uint32_t bytesPerPixel) {
     const std::uint64_t pixels = std::uint64_t{width} * height;
     if (pixels > UINT32_MAX / bytesPerPixel) {
-        Verbose("Could not create memory");
+        ReportNoMemory();
         return nullptr;
     }
     return Mem_Malloc(static_cast<unsigned>(pixels * bytesPerPixel));
@@ -155,7 +162,7 @@ std::uint32_t Qonvert(TQonvertImage* source, TQonvertImage* destination) {
             try {
                 image.Convert(check == CHECK_FLOAT);
             } catch (const std::exception&) {  // also of vectors that no memory could hold
-                image.Verbose("Could not create memory");
+                image.ReportNoMemory();
             }
             break;
         case CHECK_DATASIZE:

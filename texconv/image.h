@@ -64,7 +64,9 @@ class CImage {
     void Output_Version();
     // Prints one message line on standard error while m_bVerbose is set.
     void Verbose(const char* message);
-    // `size` bytes, at least one, to be freed with std::free; prints and returns null on failure.
+    // Prints, and sets the destination's nDataSize to 0: of its bytes none were produced.
+    void ReportNoMemory();
+    // `size` bytes, at least one, to be freed with std::free; reports and returns null on failure.
     unsigned char* Mem_Malloc(unsigned size);
 
     // 8-bit pipeline, in the order of a conversion.

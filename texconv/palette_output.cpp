@@ -63,8 +63,9 @@ void CImage::Output_GenericToPalette() {
     if (pngquant(m_pBuffer, indices, palette.data(), static_cast<int>(colors), m_nWidth, m_nHeight, false,
                  false) == 0) {
         Verbose("Palette quantization failed");
-        palette.fill(0);
-        std::memset(indices, 0, pixels);
+        m_pDst->nDataSize = 0;
+        SetBuffer(nullptr);
+        return;
     }
     const std::uint32_t tableBytes = paletteBits * colors / 8;
     if (paletteBits == 32) {
@@ -73,6 +74,11 @@ void CImage::Output_GenericToPalette() {
         TQonvertImage table{colors, 1, FMT_RGBA8888, nullptr, colors * kRgbaBytes, palette.data()};
         TQonvertImage entries{colors, 1, TableFormat(m_pDst->nFormat), nullptr, tableBytes, m_pDst->pData};
         Qonvert(&table, &entries);
+        if (entries.nDataSize != tableBytes) {  // it found no memory, and has said so
+            m_pDst->nDataSize = 0;
+            SetBuffer(nullptr);
+            return;
+        }
     }
     PackIndices(indices, pixels, bits, m_pDst->pData + tableBytes);
     SetBuffer(nullptr);

@@ -135,15 +135,15 @@ typedef struct _TQonvertImage { /* NOLINT(bugprone-reserved-identifier) */
  * - Otherwise `destination->nDataSize` is the room at pData. Plain formats (except packed
  *   FMT_RGBA8888, which leaves it) set it to height * stride. FMT_ATITC_RGBA_INTERPOLATED, ETC1
  *   and 3Dc set it to the bytes written; the other ATITC codes, palette and float formats
- *   leave it.
+ *   leave it. Where working memory cannot be had it is 0, and no byte is written.
  *
  * Source and destination may share one buffer that is large enough for both.
  *
  * NOT checked: an nDataSize that is smaller than the format needs is reported, but that many
  * bytes are read or written all the same (only block encoders refuse). Bytes beyond both
  * nDataSize and the size that the format needs are neither read (they count as 0) nor written.
- * A null source pData, or working memory that cannot be had, is reported and leaves the
- * destination as it was. The palette quantizer ends the process when it runs out of memory.
+ * A null source pData is reported and leaves the destination as it was. The palette quantizer
+ * ends the process when it runs out of memory.
  */
 __attribute__((visibility("default"))) uint32_t Qonvert(TQonvertImage* source, TQonvertImage* destination);
 

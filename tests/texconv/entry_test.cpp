@@ -158,6 +158,7 @@ TEST(Qonvert, SurvivesSizesThatNoMemoryHolds) {
                 EXPECT_EQ(messages.back(), "Could not create memory") << format.name;
                 EXPECT_EQ(huge.Data(), Bytes(2048, 0xEE)) << format.name;
                 EXPECT_EQ(one.Data(), Bytes(4, 0xEE)) << format.name;
+                EXPECT_EQ((enlarge ? huge : one).DataSize(), 0u) << format.name;
             }
         }
     }
