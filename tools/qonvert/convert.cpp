@@ -39,7 +39,7 @@ std::vector<Outcome> ConvertAll(const std::vector<Job>& jobs, const ConvertOptio
 }
 
 nlohmann::ordered_json ToJson(const Job& job, const Outcome& outcome) {
-    nlohmann::ordered_json json;
+    nlohmann::ordered_json json = nlohmann::ordered_json::object();
     json["in"] = job.in;
     json["out"] = job.out;
     if (outcome.skipped) {
@@ -77,7 +77,7 @@ ExitCode PrintOutcomes(const Session& session, const std::vector<Job>& jobs,
                        const std::vector<Outcome>& outcomes) {
     ExitCode code = ExitCode::kOk;
     std::size_t converted = 0;
-    nlohmann::ordered_json json;
+    nlohmann::ordered_json json = nlohmann::ordered_json::object();
     json["files"] = nlohmann::ordered_json::array();
     for (std::size_t i = 0; i < jobs.size(); ++i) {
         const Outcome& outcome = outcomes[i];

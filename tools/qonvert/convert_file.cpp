@@ -134,13 +134,13 @@ void Convert(const Job& job, const ConvertOptions& options, unsigned threads, Ou
     if (options.report) {
         outcome.report = Report(source, result);
     }
-    WriteFile(job.out, file, options.overwrite);
     outcome.container = output.name;
     outcome.format = recipe.format;
     outcome.width = recipe.width;
     outcome.height = recipe.height;
     outcome.levels = result.texture.levels.size();
     outcome.bytes = file.size();
+    WriteFile(job.out, file, options.overwrite);
 }
 
 // Errors of reading name the file already.

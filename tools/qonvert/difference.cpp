@@ -105,7 +105,7 @@ void Accumulate(const Bytes& a, const Bytes& b, Difference& result, bool wantPic
 
 nlohmann::ordered_json ToJson(const ChannelDifference& channel, double peak) {
     const double psnr = channel.psnr(peak);
-    nlohmann::ordered_json json;
+    nlohmann::ordered_json json = nlohmann::ordered_json::object();
     // JSON has no infinity: null stands for equal samples.
     json["psnr"] = std::isfinite(psnr) ? nlohmann::ordered_json(psnr) : nlohmann::ordered_json(nullptr);
     json["largestError"] = channel.largest;
@@ -154,9 +154,10 @@ Difference Measure(const Picture& a, const Picture& b, bool wantPicture) {
 }
 
 nlohmann::ordered_json ToJson(const Difference& difference) {
-    nlohmann::ordered_json json;
+    nlohmann::ordered_json json = nlohmann::ordered_json::object();
     json["equal"] = difference.equal();
     json["peak"] = difference.peak;
+    json["channels"] = nlohmann::ordered_json::object();
     for (std::size_t c = 0; c < (difference.alpha ? 4u : 3u); ++c) {
         json["channels"][kChannelNames[c]] = ToJson(difference.channels[c], difference.peak);
     }

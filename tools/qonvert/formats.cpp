@@ -32,7 +32,7 @@ const char* ClassName(FormatClass formatClass) {
 }
 
 nlohmann::ordered_json ToJson(const FormatInfo& row) {
-    nlohmann::ordered_json json;
+    nlohmann::ordered_json json = nlohmann::ordered_json::object();
     json["code"] = row.code;
     json["name"] = FormatName(row.code);
     json["class"] = ClassName(row.formatClass);
@@ -59,7 +59,8 @@ std::string Joined(const std::vector<std::string>& words) {
 
 ExitCode RunFormats(const Session& session) {
     if (session.json) {
-        nlohmann::ordered_json json;
+        nlohmann::ordered_json json = nlohmann::ordered_json::object();
+        json["formats"] = nlohmann::ordered_json::array();
         for (const FormatInfo& row : kFormats) {
             json["formats"].push_back(ToJson(row));
         }

@@ -34,7 +34,7 @@ const char* OriginName(Origin origin) {
 nlohmann::ordered_json ToJson(const std::string& path, const LoadedTexture& loaded,
                               const Findings& findings) {
     const TextureFile& texture = loaded.texture;
-    nlohmann::ordered_json json;
+    nlohmann::ordered_json json = nlohmann::ordered_json::object();
     json["file"] = path;
     json["container"] = loaded.container->name;
     json["format"] = FormatName(texture.format);
@@ -43,6 +43,7 @@ nlohmann::ordered_json ToJson(const std::string& path, const LoadedTexture& load
     json["height"] = texture.height;
     json["origin"] = OriginName(texture.origin);
     json["bytes"] = loaded.fileBytes;
+    json["levels"] = nlohmann::ordered_json::array();
     for (std::uint32_t i = 0; i < texture.levels.size(); ++i) {
         json["levels"].push_back({{"width", LevelSide(texture.width, i)},
                                   {"height", LevelSide(texture.height, i)},

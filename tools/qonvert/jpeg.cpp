@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <new>
 #include <span>
 
 #include <jpeglib.h>
@@ -134,6 +135,9 @@ bool ReadRows(Decoder& decoder, unsigned char* out, std::size_t rowBytes) {
 [[noreturn]] void RejectStream(const Decoder& decoder) {
     if (decoder.thrown) {
         std::rethrow_exception(decoder.thrown);
+    }
+    if (decoder.errors.msg_code == JERR_OUT_OF_MEMORY) {
+        throw std::bad_alloc();
     }
     Reject(FindingNumber::kDamagedStream, "JPEG data", decoder.message, "a whole picture");
 }

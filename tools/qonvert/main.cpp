@@ -10,11 +10,17 @@
 #include <vector>
 
 #include "texfile/unfinished.h"
+#include "tools/common/out_of_memory.h"
 #include "tools/qonvert/verbs.h"
 
 namespace {
 
 using namespace qonvert;
+
+// Before the objects that libraries' headers define here, which take memory.
+[[gnu::constructor(101)]] void BeforeAllElse() {
+    tools::EndOnBadAlloc("qonvert: out of memory\n", static_cast<int>(ExitCode::kRuntime));
+}
 
 ExitCode Fail(const Session& session, ExitCode code, const std::string& message) {
     if (session.json) {

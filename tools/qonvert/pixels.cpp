@@ -1,7 +1,6 @@
 #include "tools/qonvert/pixels.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <new>
 
 #include "texconv/format_table.h"
@@ -29,16 +28,6 @@ void CheckWorkingSize(std::uint32_t width, std::uint32_t height, std::uint64_t b
                             " is not possible; sides are 1 to " + std::to_string(kMaxSide) + ", with up to " +
                             std::to_string(most) + " pixels");
     }
-}
-
-// The converter leaves its output as it is when it finds no memory, and tells nobody. It holds two
-// working images at a time; so much must be there.
-void CheckMemory(std::uint64_t pixels, std::uint64_t bytesPerPixel) {
-    void* volatile probe = std::malloc(static_cast<std::size_t>(2 * pixels * bytesPerPixel));
-    if (probe == nullptr) {
-        throw std::bad_alloc();
-    }
-    std::free(probe);
 }
 
 void CheckBytes(const char* which, std::uint64_t got, std::uint64_t expected) {
@@ -82,6 +71,15 @@ TQonvertImage Describe(const Picture& picture, TFormatFlags& flags) {
             const_cast<std::uint8_t*>(picture.bytes.data())};
 }
 
+// The converter tells by the destination's size alone that it found no memory.
+void Convert(TQonvertImage& from, TQonvertImage& to) {
+    const std::uint32_t wanted = to.nDataSize;
+    Qonvert(&from, &to);
+    if (to.nDataSize != wanted) {
+        throw std::bad_alloc();
+    }
+}
+
 }  // namespace
 
 void CheckConvertible(std::uint32_t format, std::uint32_t width, std::uint32_t height) {
@@ -95,8 +93,6 @@ void ConvertPictureInto(const Picture& source, std::uint32_t format, std::uint32
     CheckWorkingSize(width, height, perPixel);
     CheckBytes("source", source.bytes.size(), PictureBytes(source.format, source.width, source.height));
     CheckBytes("destination", out.size(), PictureBytes(format, width, height));
-    CheckMemory(std::max(std::uint64_t{source.width} * source.height, std::uint64_t{width} * height),
-                perPixel);
 
     TFormatFlags sourceFlags{};
     sourceFlags.nMode = kQuiet;
@@ -116,7 +112,7 @@ void ConvertPictureInto(const Picture& source, std::uint32_t format, std::uint32
     flags.nBumpmapWrap = steps.wrap;
     flags.nMode = kQuiet;
     TQonvertImage to{width, height, format, &flags, static_cast<std::uint32_t>(out.size()), out.data()};
-    Qonvert(&from, &to);
+    Convert(from, to);
 }
 
 Bytes ConvertPicture(const Picture& source, std::uint32_t format, std::uint32_t width, std::uint32_t height,
@@ -130,7 +126,6 @@ Bytes ConvertPicture(const Picture& source, std::uint32_t format, std::uint32_t 
 Bytes ConvertMaskedPixels(const Picture& source, const std::uint32_t (&masks)[4], std::uint32_t format) {
     CheckWorkingSize(source.width, source.height, 4);
     CheckBytes("source", source.bytes.size(), PictureBytes(source.format, source.width, source.height));
-    CheckMemory(std::uint64_t{source.width} * source.height, 4);
     TFormatFlags flags{};
     flags.nMaskRed = masks[0];
     flags.nMaskGreen = masks[1];
@@ -141,7 +136,7 @@ Bytes ConvertMaskedPixels(const Picture& source, const std::uint32_t (&masks)[4]
     Bytes out(PictureBytes(format, source.width, source.height));
     TQonvertImage to{source.width, source.height, format, nullptr, static_cast<std::uint32_t>(out.size()),
                      out.data()};
-    Qonvert(&from, &to);
+    Convert(from, to);
     return out;
 }
 

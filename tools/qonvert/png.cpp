@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <csetjmp>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 
@@ -95,14 +96,29 @@ void OnFlush(png_structp) {}
 // Largest ancillary chunk that is unpacked, bytes.
 constexpr png_alloc_size_t kChunkLimit = 8000000;
 
-bool Start(Codec& codec) {
-    codec.png = codec.reads ? png_create_read_struct(PNG_LIBPNG_VER_STRING, &codec, OnError, OnWarning)
-                            : png_create_write_struct(PNG_LIBPNG_VER_STRING, &codec, OnError, OnWarning);
-    if (codec.png == nullptr) {
-        return false;
+// libpng's errors do not tell a lack of memory from damage.
+png_voidp OnAllocate(png_structp png, png_alloc_size_t size) {
+    void* memory = std::malloc(size);
+    if (memory == nullptr) {
+        static_cast<Codec*>(png_get_mem_ptr(png))->outOfMemory = true;
     }
-    codec.info = png_create_info_struct(codec.png);
-    return codec.info != nullptr;
+    return memory;
+}
+
+void OnFree(png_structp, png_voidp memory) {
+    std::free(memory);
+}
+
+void Start(Codec& codec) {
+    const auto create = codec.reads ? png_create_read_struct_2 : png_create_write_struct_2;
+    codec.png = create(PNG_LIBPNG_VER_STRING, &codec, OnError, OnWarning, &codec, OnAllocate, OnFree);
+    codec.info = codec.png != nullptr ? png_create_info_struct(codec.png) : nullptr;
+    if (codec.outOfMemory) {
+        throw std::bad_alloc();
+    }
+    if (codec.info == nullptr) {
+        throw ToolError(ExitCode::kRuntime, "libpng cannot start");
+    }
 }
 
 // Each step below holds nothing with a destructor, so that an error may jump out of it.
@@ -281,9 +297,7 @@ TextureFile ReadPng(ByteSource& source, const ReadOptions& options, Findings& fi
     Codec codec(true);
     codec.in = &source;
     codec.findings = &findings;
-    if (!Start(codec)) {
-        throw ToolError(ExitCode::kRuntime, "libpng cannot start");
-    }
+    Start(codec);
     if (!ReadInfo(codec)) {
         RejectStream(codec);
     }
@@ -327,9 +341,7 @@ TextureFile ReadPng(ByteSource& source, const ReadOptions& options, Findings& fi
 Bytes WritePng(const TextureFile& texture, const WriteOptions&) {
     PngPicture picture = UnpackForPng(texture);
     Codec codec(false);
-    if (!Start(codec)) {
-        throw ToolError(ExitCode::kRuntime, "libpng cannot start");
-    }
+    Start(codec);
     std::vector<png_color> colours;
     std::vector<png_byte> alphas;
     for (const auto& entry : picture.palette.entries) {

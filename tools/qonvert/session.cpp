@@ -11,7 +11,9 @@ std::ostream& Session::text() const {
 }
 
 void Session::Warn(const std::string& line) const {
-    std::cerr << "qonvert: " << Printable(line) << '\n';
+    // Whole, as memory may lack for a part.
+    const std::string text = "qonvert: " + Printable(line) + '\n';
+    std::cerr << text;
 }
 
 void Session::Print(const nlohmann::ordered_json& value) const {
@@ -29,7 +31,7 @@ CLI::App* AddVerb(CLI::App& program, Session& session, const char* name, const c
 }
 
 nlohmann::ordered_json ToJson(const Finding& finding) {
-    nlohmann::ordered_json json;
+    nlohmann::ordered_json json = nlohmann::ordered_json::object();
     json["number"] = static_cast<int>(finding.number);
     json["severity"] = finding.severity() == Severity::kError ? "error" : "warning";
     json["subject"] = finding.subject;

@@ -27,6 +27,8 @@ struct Session {
     std::ostream& text() const;
     // One line per problem on standard error, made printable.
     void Warn(const std::string& line) const;
+    // Values that grow start as objects or arrays: the JSON library turns null into one before it has the
+    // memory, and falls over it without.
     void Print(const nlohmann::ordered_json& json) const;
 };
 

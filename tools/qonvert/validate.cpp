@@ -44,7 +44,7 @@ ExitCode RunValidate(const Session& session, const ValidateOptions& options) {
     });
     const std::string path = InputName(options.file);
     if (session.json) {
-        nlohmann::ordered_json json;
+        nlohmann::ordered_json json = nlohmann::ordered_json::object();
         json["file"] = path;
         json["container"] = container;
         json["valid"] = error == findings.end();
