@@ -2,9 +2,12 @@
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
+#include FT_MODULE_H
 #include <algorithm>
+#include <cstdlib>
 
 #include "core/file_bytes.h"
+#include "core/out_of_memory.h"
 
 namespace zorvan {
 namespace {
@@ -12,11 +15,39 @@ namespace {
 constexpr uint32_t kMostBytes = 256u << 20;
 
 struct LibraryDeleter {
-    void operator()(FT_Library library) const { FT_Done_FreeType(library); }
+    void operator()(FT_Library library) const { FT_Done_Library(library); }
 };
 struct FaceDeleter {
     void operator()(FT_Face face) const { FT_Done_Face(face); }
 };
+
+// FreeType itself does without the modules and the glyphs that it finds no memory for.
+void* Noted(void* memory) {
+    if (memory == nullptr) {
+        OutOfMemory::Note();
+    }
+    return memory;
+}
+void* Allocate(FT_Memory, long size) {
+    return Noted(std::malloc(static_cast<size_t>(size)));
+}
+void* Reallocate(FT_Memory, long, long size, void* block) {
+    return Noted(std::realloc(block, static_cast<size_t>(size)));
+}
+void Free(FT_Memory, void* block) {
+    std::free(block);
+}
+
+FT_Library StartFreeType() {
+    static FT_MemoryRec_ memory{nullptr, Allocate, Free, Reallocate};
+    FT_Library library = nullptr;
+    if (FT_New_Library(&memory, &library) != 0) {
+        return nullptr;
+    }
+    FT_Add_Default_Modules(library);
+    FT_Set_Default_Properties(library);
+    return library;
+}
 
 // Outlines are snapped to pixels, vertically, by the rasteriser's own hinting: the same for all fonts.
 constexpr FT_Int32 kLoadFlags = FT_LOAD_TARGET_LIGHT | FT_LOAD_RENDER;
@@ -38,8 +69,8 @@ class FreeTypeFile final : public FontFile {
         if (bytes_.empty()) {
             return "got an empty file, expected a font";
         }
-        FT_Library library = nullptr;
-        if (FT_Init_FreeType(&library) != 0) {
+        FT_Library library = StartFreeType();
+        if (library == nullptr) {
             return "the font rasteriser cannot start";
         }
         library_.reset(library);

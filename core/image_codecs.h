@@ -1,4 +1,4 @@
-// One image format each. All return an error or an empty string.
+// One image format each. All return an error or an empty string; they throw std::bad_alloc.
 #pragma once
 
 #include <string>

@@ -1,6 +1,8 @@
 #include <csetjmp>
 #include <cstdio>
+#include <new>
 
+#include <jerror.h>
 #include <jpeglib.h>
 
 #include "core/image_codecs.h"
@@ -33,6 +35,7 @@ bool ReadHeader(jpeg_decompress_struct& info, ErrorState& state, uint8_t const* 
     if (setjmp(state.back) != 0) {
         return false;
     }
+    jpeg_create_decompress(&info);
     jpeg_mem_src(&info, bytes, static_cast<unsigned long>(size));
     jpeg_read_header(&info, TRUE);
     info.out_color_space = JCS_EXT_RGBA;
@@ -59,7 +62,6 @@ struct Decoder {
         info.err = jpeg_std_error(&state.manager);
         state.manager.error_exit = OnError;
         state.manager.emit_message = OnMessage;
-        jpeg_create_decompress(&info);
     }
     Decoder(Decoder const&) = delete;
     ~Decoder() { jpeg_destroy_decompress(&info); }
@@ -70,6 +72,9 @@ struct Decoder {
 std::string DecodeJpeg(std::vector<uint8_t> const& bytes, Image& image) {
     Decoder decoder;
     const auto broken = [&] {
+        if (decoder.state.manager.msg_code == JERR_OUT_OF_MEMORY) {
+            throw std::bad_alloc();
+        }
         return std::string("broken or unsupported JPEG image: ") + decoder.state.message;
     };
     if (!ReadHeader(decoder.info, decoder.state, bytes.data(), bytes.size())) {

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <type_traits>
 
+#include "core/out_of_memory.h"
+
 namespace zorvan {
 
 template <typename T>
@@ -14,7 +16,7 @@ struct ListDefaultComparator {
 };
 
 // Data pointer, count and capacity, in this order. Grows by realloc and never throws: what cannot grow
-// returns false and stays unchanged.
+// returns false, stays unchanged and is noted as OutOfMemory.
 template <typename T, typename Comparator = ListDefaultComparator<T>>
 class List {
     static_assert(std::is_trivially_copyable_v<T>);
@@ -106,6 +108,7 @@ class List {
     bool Reserve(uint32_t capacity) {
         void* grown = std::realloc(static_cast<void*>(data_), size_t{capacity} * sizeof(T));
         if (grown == nullptr) {
+            OutOfMemory::Note();
             return false;
         }
         data_ = static_cast<T*>(grown);

@@ -1,11 +1,13 @@
 #include "core/scene.h"
 
+#include <new>
 #include <unordered_set>
 
 #include "core/class_registry.h"
 #include "core/file_bytes.h"
 #include "core/json_reader.h"
 #include "core/json_writer.h"
+#include "core/out_of_memory.h"
 
 namespace zorvan {
 namespace {
@@ -53,23 +55,41 @@ void WriteEach(JsonWriter& writer, char const* key, std::vector<RefT<T>> const& 
 
 }  // namespace
 
-bool Scene::Load(std::string const& path, ClassRegistry& registry) {
+bool Scene::Load(std::string const& path, ClassRegistry& registry) try {
+    OutOfMemory::Take();
     JsonReader reader(registry);
     reader.Open(path);
-    return Read(reader);
+    return Read(reader, path);
+} catch (std::bad_alloc const&) {
+    return FailWithoutMemory(path);
 }
 
-bool Scene::Parse(std::string_view text, ClassRegistry& registry, std::string const& source) {
+bool Scene::Parse(std::string_view text, ClassRegistry& registry, std::string const& source) try {
+    OutOfMemory::Take();
     JsonReader reader(registry);
     reader.Parse(text, source);
-    return Read(reader);
+    return Read(reader, source);
+} catch (std::bad_alloc const&) {
+    return FailWithoutMemory(source);
 }
 
-bool Scene::Read(JsonReader& reader) {
+bool Scene::FailWithoutMemory(std::string const& source) {
+    error_ = source + ": out of memory";
+    isFileError_ = false;
+    isMemoryError_ = true;
+    return false;
+}
+
+bool Scene::Read(JsonReader& reader, std::string const& source) {
     Scene loaded;
-    if (reader.Failed() || !loaded.ReadAll(reader)) {
+    const bool read = !reader.Failed() && loaded.ReadAll(reader);
+    if (OutOfMemory::Take()) {
+        return FailWithoutMemory(source);  // whatever else it led to
+    }
+    if (!read) {
         error_ = reader.Error();
         isFileError_ = reader.IsFileError();
+        isMemoryError_ = false;
         return false;
     }
     for (RefT<Shader> const& shader : loaded.shaders) {
@@ -198,6 +218,7 @@ bool Scene::Save(std::string& text) {
         if (!texture->CanSave()) {
             error_ = "the texture \"" + texture->name + "\" has no file and its pixels went to the device";
             isFileError_ = false;
+            isMemoryError_ = false;
             return false;
         }
     }
@@ -224,6 +245,7 @@ bool Scene::SaveFile(std::string const& path) {
     if (!error.empty()) {
         error_ = path + ": " + error;
         isFileError_ = true;
+        isMemoryError_ = false;
     }
     return error.empty();
 }

@@ -27,6 +27,9 @@ class ZORVAN_CORE_API Scene {
     std::string const& Error() const { return error_; }
     // Whether that was about reaching a file, not about what it holds.
     bool IsFileError() const { return isFileError_; }
+    // Whether that was a lack of memory, of which the scene's objects may have told no more than a note
+    // (OutOfMemory, which loading clears).
+    bool IsMemoryError() const { return isMemoryError_; }
 
     // The scene as text, which Parse reads back to the same scene. Names of image files are written as
     // they were read. False when a texture without a file has given its pixels to the device.
@@ -47,7 +50,8 @@ class ZORVAN_CORE_API Scene {
     RefT<Timeline> root;
 
   private:
-    bool Read(JsonReader& reader);
+    bool Read(JsonReader& reader, std::string const& source);
+    bool FailWithoutMemory(std::string const& source);
     bool ReadAll(JsonReader& reader);
     bool ReadHeader(JsonReader& reader);
     bool ReadTextures(JsonReader& reader);
@@ -59,6 +63,7 @@ class ZORVAN_CORE_API Scene {
 
     std::string error_;
     bool isFileError_ = false;
+    bool isMemoryError_ = false;
 };
 
 }  // namespace zorvan

@@ -53,6 +53,7 @@ bool Texture::SizePixelStore(uint32_t bytes) {
     // One byte at least: a null pointer means that there are no pixels.
     void* data = std::malloc(bytes > 0 ? bytes : 1);
     if (data == nullptr) {
+        OutOfMemory::Note();
         return false;
     }
     ReleasePixelStore();

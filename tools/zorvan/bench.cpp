@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <new>
 #include <numeric>
 
 #include "tools/common/printable.h"
@@ -77,7 +78,7 @@ void PrintJson(BenchOptions const& options, Rates const& rates, Stage const& sta
     Print(json, stdout);
 }
 
-Status Bench(BenchOptions const& options) {
+Status Bench(BenchOptions const& options) try {
     Result<std::unique_ptr<Stage>> stage = Stage::Open(options.stage);
     if (!stage) {
         return stage.GetFailure();
@@ -90,6 +91,8 @@ Status Bench(BenchOptions const& options) {
     rates.drawsPerSecond = static_cast<double>(figures.drawCalls) / seconds;
     (options.json ? PrintJson : PrintText)(options, rates, **stage, figures);
     return std::nullopt;
+} catch (std::bad_alloc const&) {
+    return NoMemoryFor(options.stage.scene);
 }
 
 }  // namespace

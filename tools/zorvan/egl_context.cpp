@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <vector>
 
 namespace zorvan::tool {
@@ -59,13 +60,19 @@ void KeepDriverMapped() {
 void KeepDriverMapped() {}
 #endif
 
+void SetDefault(char const* name, char const* value) {
+    if (setenv(name, value, 0) != 0) {
+        throw std::bad_alloc();  // its only failure
+    }
+}
+
 }  // namespace
 
 void PrepareSoftwareRendering() {
-    setenv("LP_PERF", "no_rast_linear", 0);
-    setenv("glsl_zero_init", "true", 0);
+    SetDefault("LP_PERF", "no_rast_linear");
+    SetDefault("glsl_zero_init", "true");
     // Mesa would announce the second setting on standard error.
-    setenv("MESA_DEBUG", "silent", 0);
+    SetDefault("MESA_DEBUG", "silent");
 }
 
 Result<std::unique_ptr<GlContext>> EglContext::Create(SurfaceFormat format, PixelSize const& size) {

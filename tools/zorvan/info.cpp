@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <new>
 #include <string_view>
 
 #include "core/sprite.h"
@@ -169,7 +170,7 @@ void PrintText(InfoOptions const& options, LoadedScene& loaded, Census const& ce
     }
 }
 
-Status Info(InfoOptions const& options) {
+Status Info(InfoOptions const& options) try {
     Result<std::unique_ptr<LoadedScene>> loaded = LoadedScene::Open(options.scene, options.plugin);
     if (!loaded) {
         return loaded.GetFailure();
@@ -177,6 +178,8 @@ Status Info(InfoOptions const& options) {
     const Census census = CountNodes(*(*loaded)->GetScene().root);
     (options.json ? PrintJson : PrintText)(options, **loaded, census);
     return std::nullopt;
+} catch (std::bad_alloc const&) {
+    return NoMemoryFor(options.scene);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/out_of_memory.h"
 #include "core/shader.h"
 
 namespace zorvan::tool {
@@ -17,6 +18,9 @@ Result<std::unique_ptr<LoadedScene>> LoadedScene::Open(std::string const& file, 
     if (!loaded->plugin_->Initialize(*loaded->registry_)) {
         return Failure{ExitCode::Runtime, loaded->plugin_->GetPath() + ": the plug-in refused to start"};
     }
+    if (OutOfMemory::Take()) {
+        return NoMemoryFor(loaded->plugin_->GetPath());
+    }
     loaded->scene_ = std::make_unique<Scene>();
     if (Status failure = loaded->Replace(file)) {
         return *failure;
@@ -26,7 +30,10 @@ Result<std::unique_ptr<LoadedScene>> LoadedScene::Open(std::string const& file, 
 
 Status LoadedScene::Replace(std::string const& file) {
     if (!scene_->Load(file, *registry_)) {
-        return Failure{scene_->IsFileError() ? ExitCode::Io : ExitCode::BadFile, scene_->Error()};
+        const ExitCode code = scene_->IsMemoryError() ? ExitCode::Runtime
+                              : scene_->IsFileError() ? ExitCode::Io
+                                                      : ExitCode::BadFile;
+        return Failure{code, scene_->Error()};
     }
     textureBytes_ = 0;
     for (RefT<Texture> const& texture : scene_->textures) {

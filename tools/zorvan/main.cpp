@@ -10,6 +10,8 @@
 #include <exception>
 #include <new>
 
+#include "core/out_of_memory.h"
+#include "tools/common/out_of_memory.h"
 #include "tools/common/printable.h"
 #include "tools/zorvan/interruption.h"
 #include "tools/zorvan/verb.h"
@@ -20,6 +22,17 @@ using zorvan::tool::ExitCode;
 using zorvan::tool::Failure;
 using zorvan::tool::Status;
 using zorvan::tool::Verb;
+
+// Before the objects that libraries' headers define here, which take memory.
+[[gnu::constructor(101)]] void BeforeAllElse() {
+    tools::EndOnBadAlloc("zorvan: out of memory\n", static_cast<int>(ExitCode::Runtime));
+}
+
+// Also where the back end does without what it could not make.
+[[noreturn]] void OnNoMemory() {
+    zorvan::OutOfMemory::Note();
+    throw std::bad_alloc();
+}
 
 int Report(ExitCode code, std::string const& message) {
     std::fprintf(stderr, "zorvan: %s\n", tools::Printable(message).c_str());
@@ -50,7 +63,7 @@ int Run(int argc, char** argv) {
     program.require_subcommand(1);
     program.footer(
         "Exit codes: 0 done, 1 wrong options, 2 file not readable or writable, 3 bad file,\n"
-        "            4 EGL, GL or plug-in failed, 5 not supported on this machine.\n"
+        "            4 EGL, GL, plug-in or memory failed, 5 not supported on this machine.\n"
         "zorvan VERB --help explains each verb, with examples.");
     const Verb verbs[] = {zorvan::tool::AddRenderVerb(program), zorvan::tool::AddViewVerb(program),
                           zorvan::tool::AddInfoVerb(program), zorvan::tool::AddBenchVerb(program)};
@@ -94,6 +107,7 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
     // A file that grows beyond a limit is a failed write like any other.
     std::signal(SIGXFSZ, SIG_IGN);
+    std::set_new_handler(OnNoMemory);
     int code = 0;
     try {
         code = Run(argc, argv);

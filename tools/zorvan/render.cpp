@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <new>
 
 #include "texfile/output_target.h"
 #include "tools/common/printable.h"
@@ -149,7 +150,7 @@ Result<std::unique_ptr<FrameOutput>> MakeOutput(RenderOptions const& options) {
                                    : MakePngOutput(options.out, options.frames);
 }
 
-Status Render(RenderOptions const& options) {
+Status Render(RenderOptions const& options) try {
     if (Status failure = CheckOptions(options)) {
         return failure;
     }
@@ -182,6 +183,8 @@ Status Render(RenderOptions const& options) {
     const bool taken = ToStream(options) || texfile::NamedDescriptor(options.out) == STDOUT_FILENO;
     print(options, **stage, figures, places, taken ? stderr : stdout);
     return std::nullopt;
+} catch (std::bad_alloc const&) {
+    return NoMemoryFor(options.stage.scene);
 }
 
 }  // namespace

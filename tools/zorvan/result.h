@@ -14,7 +14,7 @@ enum class ExitCode : int {
     Usage = 1,        // wrong options
     Io = 2,           // a file is missing, unreadable or cannot be written
     BadFile = 3,      // a file holds something else than it should
-    Runtime = 4,      // the plug-in, EGL or GL failed
+    Runtime = 4,      // the plug-in, EGL or GL failed, or memory lacked
     Unsupported = 5,  // this machine's EGL or GL cannot do what was asked for
 };
 
@@ -23,6 +23,11 @@ struct Failure {
     ExitCode code;
     std::string message;
 };
+
+// The program did not get the memory that it needs for a file.
+inline Failure NoMemoryFor(std::string const& file) {
+    return {ExitCode::Runtime, file + ": out of memory"};
+}
 
 // Nothing on success.
 using Status = std::optional<Failure>;

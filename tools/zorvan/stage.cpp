@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "core/camera.h"
+#include "core/out_of_memory.h"
 #include "core/pixel_format.h"
 #include "tools/zorvan/atitc.h"
 #include "tools/zorvan/egl_context.h"
@@ -89,7 +90,11 @@ Result<std::unique_ptr<Stage>> Stage::Open(StageOptions const& options, ContextM
     std::unique_ptr<Stage> stage(new Stage);
     stage->loaded_ = std::move(*loaded);
     stage->options_ = options;
-    if (Status failure = stage->Prepare(makeContext ? makeContext : EglContext::Create)) {
+    const Status failure = stage->Prepare(makeContext ? makeContext : EglContext::Create);
+    if (OutOfMemory::Take()) {
+        return NoMemoryFor(options.scene);
+    }
+    if (failure) {
         return *failure;
     }
     return stage;
@@ -199,6 +204,9 @@ FrameTimes Stage::Draw(RealFixed time) {
 }
 
 Result<Image> Stage::Read() const {
+    if (OutOfMemory::Take()) {
+        return NoMemoryFor(options_.scene);  // the picture may lack parts
+    }
     const PixelSize surface = {size_.width * supersample_, size_.height * supersample_};
     Image image{static_cast<uint32_t>(surface.width), static_cast<uint32_t>(surface.height), {}};
     const size_t row = size_t{4} * image.width;
@@ -227,10 +235,15 @@ Result<Image> Stage::ReadArea(RectangleT<int> const& area) {
     const int n = supersample_;
     Texture* read = nullptr;
     ClearGlErrors();
-    if (device_->ReadPixels({area.left * n, area.top * n, area.right * n, area.bottom * n}, &read) == 0) {
+    const bool isRead =
+        device_->ReadPixels({area.left * n, area.top * n, area.right * n, area.bottom * n}, &read) != 0;
+    const RefT<Texture> texture(read);
+    if (OutOfMemory::Take()) {
+        return NoMemoryFor(options_.scene);
+    }
+    if (!isRead) {
         return Failure{ExitCode::Runtime, "the device failed to read its pixels back"};
     }
-    const RefT<Texture> texture(read);
     const auto [width, height, offset, bytes] = texture->levels[0];
     return Shrink(UnpackPixels(texture->pixels.data, texture->format.Get(), width, height),
                   static_cast<uint32_t>(n));
