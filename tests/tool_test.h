@@ -29,8 +29,8 @@ class ToolTest : public testing::Test {
     // `program` is the path of the built program.
     explicit ToolTest(const std::string& program);
 
-    // Runs the program in the folder, with `arguments` as the shell splits them.
-    ToolRun Run(const std::string& arguments) const;
+    // Runs the program in the folder, with `arguments` as the shell splits them, and variables ("A=1 B=2").
+    ToolRun Run(const std::string& arguments, const std::string& variables = "") const;
     // Runs any commands in the folder, where $TOOL is the program; true when they succeed.
     bool Shell(const std::string& commands) const;
     bool Installed(const std::string& program) const { return Shell("command -v " + program); }
