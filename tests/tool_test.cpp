@@ -14,8 +14,8 @@ ToolTest::ToolTest(const std::string& program) : program_(program) {}
 ToolRun ToolTest::Run(const std::string& arguments, const std::string& variables) const {
     // Beside the folder, so that they are not among its files. An argument may redirect them again.
     const std::string out = folder_.Path().string() + ".out", err = folder_.Path().string() + ".err";
-    const int status = std::system(("cd '" + folder_.Path().string() + "' && >'" + out + "' 2>'" + err + "' " +
-                                    variables + " '" + program_ + "' " + arguments)
+    const int status = std::system(("cd '" + folder_.Path().string() + "' && >'" + out + "' 2>'" + err +
+                                    "' " + variables + " '" + program_ + "' " + arguments)
                                        .c_str());
     ToolRun run{WIFEXITED(status) ? WEXITSTATUS(status) : -1, Read(out), Read(err)};
     fs::remove(out);

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <new>
 
 #include <png.h>
 
@@ -32,6 +33,7 @@ struct Codec {
     char message[200] = {};
     Findings* findings = nullptr;
     std::exception_ptr thrown;  // by a callback
+    bool outOfMemory = false;
 
     explicit Codec(bool reading) : reads(reading) {}
     Codec(const Codec&) = delete;
@@ -201,6 +203,9 @@ bool WriteAll(Codec& codec, const Header& header, png_uint_32 width, png_uint_32
 void ThrowAgain(const Codec& codec) {
     if (codec.thrown) {
         std::rethrow_exception(codec.thrown);
+    }
+    if (codec.outOfMemory) {
+        throw std::bad_alloc();
     }
 }
 
