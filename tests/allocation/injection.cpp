@@ -16,6 +16,13 @@ constexpr std::string_view kConverterLine = "QXTextureConverter error: Could not
 // What zorvan says when the device gives no reason.
 constexpr std::string_view kReadBack = "zorvan: the device failed to read its pixels back\n";
 
+// "TOOL: FILE: out of memory", or without the file.
+bool IsOneLine(std::string_view text) {
+    const std::string tool = fs::path(PROGRAM).filename().string() + ": ";
+    return text.starts_with(tool) && text.rfind(tool) == 0 && text.find('\n') + 1 == text.size() &&
+           (text.ends_with(": out of memory\n") || text == kReadBack);
+}
+
 // A fault shows in many places.
 bool Continues() {
     constexpr int kMostFailures = 20;
@@ -77,9 +84,7 @@ void InjectionTest::Check(const Command& command, const ToolRun& run, const Tool
         if (command.traces && text.size() > 1) {
             text.remove_prefix(text.rfind('\n', text.size() - 2) + 1);
         }
-        EXPECT_TRUE(text.find('\n') + 1 == text.size() &&
-                    (text.ends_with(": out of memory\n") || text == kReadBack))
-            << run.err;
+        EXPECT_TRUE(IsOneLine(text)) << run.err;
     }
 }
 
