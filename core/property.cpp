@@ -1,24 +1,43 @@
 #include "core/property.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "core/font.h"
+#include "core/json_writer.h"
 #include "core/texture.h"
 
 namespace zorvan {
 
-PropertyBase* PropertyList::Find(std::string_view name) {
+std::string PropertyRange::Text() const {
+    return std::to_string(least) + (most == kNoBound ? " or more" : " to " + std::to_string(most)) +
+           (*unit != '\0' ? " " : "") + unit + (orNone ? " or \"none\"" : "");
+}
+
+PropertyList::Entry const* PropertyList::FindEntry(std::string_view name) {
     EnsureRegistered();
     for (Entry const& entry : entries_) {
         if (name == entry.name) {
-            return entry.property;
+            return &entry;
         }
     }
     return nullptr;
 }
 
+PropertyBase* PropertyList::Find(std::string_view name) {
+    Entry const* entry = FindEntry(name);
+    return entry == nullptr ? nullptr : entry->property;
+}
+
+PropertyRange const* PropertyList::FindRange(std::string_view name) {
+    Entry const* entry = FindEntry(name);
+    return entry == nullptr ? nullptr : entry->range;
+}
+
 bool PropertyList::Load(Deserializer& reader) {
     EnsureRegistered();
     for (Entry const& entry : entries_) {
-        if (!entry.property->Load(reader, entry.name)) {
+        if (!entry.property->Load(reader, entry.name, entry.range)) {
             return false;
         }
     }
@@ -34,7 +53,7 @@ void PropertyList::Save(Serializer& writer) {
 
 PropertyBase::~PropertyBase() = default;
 
-bool PropertyBase::LoadKey(Deserializer& reader, char const* key, KeyValue&) const {
+bool PropertyBase::LoadKey(Deserializer& reader, char const* key, PropertyRange const*, KeyValue&) const {
     reader.Fail(key, "got a property that cannot be animated, expected another one");
     return false;
 }
@@ -84,6 +103,40 @@ bool ReadValue(Deserializer& reader, char const* key, T& value) {
     }
 }
 
+std::string NumberText(RealFixed value) {
+    return DecimalText(value);
+}
+template <typename T>
+std::string NumberText(T value) {
+    return std::to_string(value);
+}
+
+// The first number that lies outside the range is reported.
+template <typename T>
+bool CheckRange(Deserializer& reader, char const* key, T const& value, PropertyRange const* range) {
+    const auto check = [&](auto number, int64_t raw, int64_t one) {
+        if (range->Holds(raw, one)) {
+            return true;
+        }
+        reader.Fail(key, "got " + NumberText(number) + ", expected " + range->Text());
+        return false;
+    };
+    if constexpr (NumberCount<T>() > 0) {
+        if (range == nullptr) {
+            return true;
+        }
+        if constexpr (kIsWhole<T>) {
+            return check(value, static_cast<int64_t>(value), 1);
+        } else {
+            RealFixed numbers[NumberCount<T>()];
+            std::memcpy(static_cast<void*>(numbers), &value, sizeof(value));
+            return std::all_of(std::begin(numbers), std::end(numbers),
+                               [&](RealFixed number) { return check(number, number.raw, 65536); });
+        }
+    }
+    return true;
+}
+
 template <typename T>
 void WriteValue(Serializer& writer, char const* key, T const& value) {
     if constexpr (kIsNumbers<T>) {
@@ -118,12 +171,16 @@ void ToKey(T const& value, KeyValue& key) {
 }  // namespace
 
 template <typename T>
-bool PropertyT<T>::Load(Deserializer& reader, char const* key) {
+bool PropertyT<T>::Load(Deserializer& reader, char const* key, PropertyRange const* range) {
     T value = value_;
-    if (ReadValue(reader, key, value)) {
+    const bool read = ReadValue(reader, key, value);
+    if (reader.Failed() || !CheckRange(reader, key, value, range)) {
+        return false;
+    }
+    if (read) {
         Set(value);
     }
-    return !reader.Failed();
+    return true;
 }
 
 template <typename T>
@@ -142,9 +199,10 @@ bool PropertyT<T>::Blends() const {
 }
 
 template <typename T>
-bool PropertyT<T>::LoadKey(Deserializer& reader, char const* key, KeyValue& keyValue) const {
+bool PropertyT<T>::LoadKey(Deserializer& reader, char const* key, PropertyRange const* range,
+                           KeyValue& keyValue) const {
     if constexpr (NumberCount<T>() == 0) {
-        return PropertyBase::LoadKey(reader, key, keyValue);
+        return PropertyBase::LoadKey(reader, key, range, keyValue);
     } else {
         T value{};
         if (!ReadValue(reader, key, value)) {
@@ -152,7 +210,7 @@ bool PropertyT<T>::LoadKey(Deserializer& reader, char const* key, KeyValue& keyV
             return false;
         }
         ToKey(value, keyValue);
-        return true;
+        return CheckRange(reader, key, value, range);
     }
 }
 

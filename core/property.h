@@ -22,6 +22,24 @@ struct KeyValue {
     RefT<Texture> texture;
 };
 
+// What a property may be set to by scene data, as a plain value and as a track's key alike: whole bounds,
+// both included, for each of its numbers. Blends of keys lie between them, so they stay inside.
+struct PropertyRange {
+    static constexpr int32_t kNoBound = INT32_MAX;
+
+    int32_t least, most;
+    char const* unit = "";  // "pixels", for errors
+    bool orNone = false;    // 0xFFFFFFFF too
+
+    // In 1/65536 for the properties that 16.16 holds, plain otherwise.
+    bool Holds(int64_t value, int64_t one) const {
+        return (orNone && value == UINT32_MAX) ||
+               (value >= least * one && (most == kNoBound || value <= most * one));
+    }
+    // "0 to 36 or \"none\"", "0 or more pixels"
+    std::string Text() const;
+};
+
 // The properties of one object, in the order of their registration.
 class ZORVAN_CORE_API PropertyList {
   public:
@@ -40,10 +58,15 @@ class ZORVAN_CORE_API PropertyList {
         }
     }
 
-    // name must outlive the list.
-    void Add(char const* name, PropertyBase& property) { entries_.Append({name, &property}); }
+    // name and range must outlive the list. Without a range scene data may set all that the type holds.
+    // A range binds scene data only: PropertyT::Set takes every value as it is.
+    void Add(char const* name, PropertyBase& property, PropertyRange const* range = nullptr) {
+        entries_.Append({name, &property, range});
+    }
     // Null when there is no such property.
     PropertyBase* Find(std::string_view name);
+    // Of a property with one.
+    PropertyRange const* FindRange(std::string_view name);
 
     // Reads the properties that the current object holds; false when one of them is wrong.
     bool Load(Deserializer& reader);
@@ -57,8 +80,11 @@ class ZORVAN_CORE_API PropertyList {
     struct Entry {
         char const* name;
         PropertyBase* property;
+        PropertyRange const* range;
         bool operator==(Entry const&) const = default;
     };
+
+    Entry const* FindEntry(std::string_view name);
 
     void* owner_;
     Register register_;
@@ -71,20 +97,24 @@ class ZORVAN_CORE_API PropertyBase {
   public:
     virtual ~PropertyBase();
 
-    // A missing key leaves the value; false only for a wrong one.
-    virtual bool Load(Deserializer& reader, char const* key) = 0;
+    // A missing key leaves the value; false for a wrong one, and for a value outside the range (null for
+    // none), be it read or left.
+    virtual bool Load(Deserializer& reader, char const* key, PropertyRange const* range) = 0;
     virtual void Save(Serializer& writer, char const* key) const = 0;
 
     // Animation. A property without components cannot be animated; one that does not blend steps.
     virtual uint32_t KeyComponents() const { return 0; }
     virtual bool Blends() const { return false; }
-    // Reads a key's value under key; false (and a recorded error) when it is missing or wrong.
-    virtual bool LoadKey(Deserializer& reader, char const* key, KeyValue& value) const;
+    // Reads a key's value under key; false (and a recorded error) when it is missing, wrong or outside the
+    // range (null for none).
+    virtual bool LoadKey(Deserializer& reader, char const* key, PropertyRange const* range,
+                         KeyValue& value) const;
     virtual void SaveKey(Serializer& writer, char const* key, KeyValue const& value) const;
     virtual void Apply(KeyValue const& value);
 };
 
-// One value. Reading it is direct; Set stores and notifies, for an equal value too.
+// One value. Reading it is direct; Set stores and notifies, for an equal value too. Set takes every value as
+// it is: ranges hold for scene data. A scene that is saved with a value outside its range cannot be loaded.
 template <typename T>
 class PropertyT final : public PropertyBase {
   public:
@@ -103,11 +133,12 @@ class PropertyT final : public PropertyBase {
         changed.Fire(value_);
     }
 
-    bool Load(Deserializer& reader, char const* key) override;
+    bool Load(Deserializer& reader, char const* key, PropertyRange const* range) override;
     void Save(Serializer& writer, char const* key) const override;
     uint32_t KeyComponents() const override;
     bool Blends() const override;
-    bool LoadKey(Deserializer& reader, char const* key, KeyValue& value) const override;
+    bool LoadKey(Deserializer& reader, char const* key, PropertyRange const* range,
+                 KeyValue& value) const override;
     void SaveKey(Serializer& writer, char const* key, KeyValue const& value) const override;
     void Apply(KeyValue const& value) override;
 

@@ -7,6 +7,8 @@
 namespace zorvan {
 namespace {
 
+constexpr PropertyRange kSide = {0, 32767, "pixels"};  // what 16.16 holds
+
 using Point = Vector2T<DoubleRealFixed>;
 
 // In 1/256 pixels, limited so that products of differences fit into 64 bits.
@@ -35,26 +37,16 @@ uint32_t Sprite::IsKindOf(ClassId id) {
     return id == MakeClassId(u"Sprite") || TransformNode::IsKindOf(id);
 }
 
+// The properties are all there is to load; back ends call this one by its name.
 bool Sprite::Load(Deserializer& reader) {
-    if (!TransformNode::Load(reader)) {
-        return false;
-    }
-    constexpr int32_t kMostPixels = 32767;  // what 16.16 holds
-    for (PropertyT<int32_t> const* size : {&width, &height}) {
-        if (size->Get() < 0 || size->Get() > kMostPixels) {
-            reader.Fail(size == &width ? "width" : "height",
-                        "got " + std::to_string(size->Get()) + ", expected 0 to 32767 pixels");
-            return false;
-        }
-    }
-    return true;
+    return TransformNode::Load(reader);
 }
 
 void Sprite::RegisterProperties() {
     TransformNode::RegisterProperties();
     PropertyList& list = OwnProperties();
-    list.Add("width", width);
-    list.Add("height", height);
+    list.Add("width", width, &kSide);
+    list.Add("height", height, &kSide);
     list.Add("color", color);
     list.Add("texture", textureProperty_);
 }
@@ -89,7 +81,7 @@ void Sprite::SetTexture(Texture* texture) {
     texture_ = RefT<Texture>(texture);
 }
 
-bool Sprite::TextureProperty::Load(Deserializer& reader, char const* key) {
+bool Sprite::TextureProperty::Load(Deserializer& reader, char const* key, PropertyRange const*) {
     RefT<Texture> texture;
     if (reader.Read(key, texture)) {
         sprite_.texture_ = texture;
@@ -101,7 +93,8 @@ void Sprite::TextureProperty::Save(Serializer& writer, char const* key) const {
     writer.Write(key, sprite_.texture_);
 }
 
-bool Sprite::TextureProperty::LoadKey(Deserializer& reader, char const* key, KeyValue& value) const {
+bool Sprite::TextureProperty::LoadKey(Deserializer& reader, char const* key, PropertyRange const*,
+                                      KeyValue& value) const {
     if (!reader.Read(key, value.texture)) {
         reader.Fail(key, "got a key without \"value\", expected the name of a texture or null");
         return false;

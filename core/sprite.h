@@ -25,7 +25,7 @@ class ZORVAN_CORE_API Sprite : public TransformNode {
     // Takes a reference.
     virtual void SetTexture(Texture* texture);
 
-    // Pixels. The back end makes the geometry from them when the sprite is loaded.
+    // Pixels, 0 to 32767 in scene data. The back end makes the geometry from them when the sprite is loaded.
     PropertyT<int32_t> width{OwnProperties()};
     PropertyT<int32_t> height{OwnProperties()};
     // Fill of a solid sprite; textured ones show their texture untinted.
@@ -40,10 +40,11 @@ class ZORVAN_CORE_API Sprite : public TransformNode {
     class TextureProperty final : public PropertyBase {
       public:
         explicit TextureProperty(Sprite& sprite) : sprite_(sprite) {}
-        bool Load(Deserializer& reader, char const* key) override;
+        bool Load(Deserializer& reader, char const* key, PropertyRange const* range) override;
         void Save(Serializer& writer, char const* key) const override;
         uint32_t KeyComponents() const override { return 1; }
-        bool LoadKey(Deserializer& reader, char const* key, KeyValue& value) const override;
+        bool LoadKey(Deserializer& reader, char const* key, PropertyRange const* range,
+                     KeyValue& value) const override;
         void SaveKey(Serializer& writer, char const* key, KeyValue const& value) const override;
         void Apply(KeyValue const& value) override;
 

@@ -1,6 +1,12 @@
 #include "core/text.h"
 
 namespace zorvan {
+namespace {
+
+constexpr PropertyRange kSpacing = {-32767, 32767, "pixels"};  // what 16.16 holds
+constexpr PropertyRange kBoxSide = {0, PropertyRange::kNoBound, "pixels"};
+
+}  // namespace
 
 Text::Text(Text const& other)
     : TransformNode(other),
@@ -25,14 +31,6 @@ bool Text::Load(Deserializer& reader) {
         reader.Fail(nullptr, "got a text without \"font\", expected the name of a font");
         return false;
     }
-    constexpr int32_t kMostSpacing = 32767;  // what 16.16 holds
-    for (PropertyT<int32_t> const* spacing : {&letterSpacing, &lineSpacing}) {
-        if (spacing->Get() < -kMostSpacing || spacing->Get() > kMostSpacing) {
-            reader.Fail(spacing == &letterSpacing ? "letterSpacing" : "lineSpacing",
-                        "got " + std::to_string(spacing->Get()) + ", expected -32767 to 32767 pixels");
-            return false;
-        }
-    }
     std::string error;
     if (font.Get() && !font.Get()->AddCharacters(string.Get().View(), error)) {
         reader.Fail("string", error);
@@ -47,22 +45,17 @@ void Text::RegisterProperties() {
     list.Add("font", font);
     list.Add("string", string);
     list.Add("color", color);
-    list.Add("box", boxProperty_);
+    list.Add("box", boxProperty_, &kBoxSide);
     list.Add("alignment", alignmentProperty_);
-    list.Add("letterSpacing", letterSpacing);
-    list.Add("lineSpacing", lineSpacing);
+    list.Add("letterSpacing", letterSpacing, &kSpacing);
+    list.Add("lineSpacing", lineSpacing, &kSpacing);
 }
 
-bool Text::BoxProperty::Load(Deserializer& reader, char const* key) {
+bool Text::BoxProperty::Load(Deserializer& reader, char const* key, PropertyRange const* range) {
     if (!reader.Has(key)) {
         return true;
     }
-    if (!text_.box.Load(reader, key)) {
-        return false;
-    }
-    const SizeT<RealFixed> size = text_.box.Get();
-    if (size.width < RealFixed{} || size.height < RealFixed{}) {
-        reader.Fail(key, "got a negative size, expected width and height from 0 up");
+    if (!text_.box.Load(reader, key, range)) {
         return false;
     }
     text_.hasBox.Set(true);
@@ -75,8 +68,9 @@ void Text::BoxProperty::Save(Serializer& writer, char const* key) const {
     }
 }
 
-bool Text::BoxProperty::LoadKey(Deserializer& reader, char const* key, KeyValue& value) const {
-    return text_.box.LoadKey(reader, key, value);
+bool Text::BoxProperty::LoadKey(Deserializer& reader, char const* key, PropertyRange const* range,
+                                KeyValue& value) const {
+    return text_.box.LoadKey(reader, key, range, value);
 }
 
 void Text::BoxProperty::SaveKey(Serializer& writer, char const* key, KeyValue const& value) const {
@@ -88,7 +82,7 @@ void Text::BoxProperty::Apply(KeyValue const& value) {
     text_.hasBox.Set(true);
 }
 
-bool Text::AlignmentProperty::Load(Deserializer& reader, char const* key) {
+bool Text::AlignmentProperty::Load(Deserializer& reader, char const* key, PropertyRange const*) {
     std::string words;
     if (!reader.Read(key, words)) {
         return !reader.Failed();

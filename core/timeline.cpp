@@ -7,6 +7,8 @@
 namespace zorvan {
 namespace {
 
+constexpr PropertyRange kFromZero = {0, PropertyRange::kNoBound};
+
 constexpr int64_t kFrame = 65536;
 constexpr int64_t kFineFrame = kFrame * 65536;  // in the unit of a time multiplied with a rate
 
@@ -225,8 +227,8 @@ void Timeline::InternalSelect(GraphicsDevice& device) {
 void Timeline::RegisterProperties() {
     TransformNode::RegisterProperties();
     PropertyList& list = OwnProperties();
-    list.Add("length", length);
-    list.Add("rate", rate);
+    list.Add("length", length, &kFromZero);
+    list.Add("rate", rate, &kFromZero);
     list.Add("start", start);
 }
 

@@ -70,9 +70,10 @@ class ZORVAN_CORE_API Timeline : public TransformNode, public Playback {
     bool IsPlaying() const { return playing_; }
     std::vector<Track> const& GetTracks() const { return tracks_; }
 
-    // Frames; 0 means that the timeline does not fold its time.
+    // Frames; 0 means that the timeline does not fold its time, and so does a negative length. Scene data
+    // gives 0 or more.
     PropertyT<RealFixed> length{OwnProperties()};
-    // Frames per second.
+    // Frames per second, 0 or more in scene data; a negative rate runs backwards from frame 0.
     PropertyT<RealFixed> rate{OwnProperties(), RealFixed::FromInt(30)};
     PropertyT<uint32_t> mode{OwnProperties(), PlaybackMode::Loop};
     // Time of the parent, in seconds, at which frame 0 shows.

@@ -18,12 +18,6 @@ bool Timeline::Load(Deserializer& reader) {
     if (!TransformNode::Load(reader)) {
         return false;
     }
-    for (PropertyT<RealFixed> const* value : {&length, &rate}) {
-        if (value->Get().raw < 0) {
-            reader.Fail(value == &length ? "length" : "rate", "got a negative number, expected 0 or more");
-            return false;
-        }
-    }
     reader.Read("playing", playing_);
     return LoadMode(reader) && LoadCamera(reader) && LoadTracks(reader);
 }

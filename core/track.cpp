@@ -86,11 +86,7 @@ bool Track::LoadKey(Deserializer& reader) {
         reader.Fail("frame", "got a frame out of order, expected rising frames from 0");
         return false;
     }
-    if (!property_->LoadKey(reader, "value", key.value)) {
-        return false;
-    }
-    if (propertyName == "transferMode" && !IsTransferMode(static_cast<uint32_t>(key.value.numbers[0].raw))) {
-        reader.Fail("value", TransferModeError(static_cast<uint32_t>(key.value.numbers[0].raw)));
+    if (!property_->LoadKey(reader, "value", range_, key.value)) {
         return false;
     }
     keys.push_back(std::move(key));
@@ -127,6 +123,7 @@ bool Track::Bind(Node& root, NodeNames const& names) {
     if (property_ != nullptr && property_->KeyComponents() == 0) {
         property_ = nullptr;
     }
+    range_ = property_ == nullptr ? nullptr : node->GetProperties().FindRange(propertyName);
     applied_ = kNone;
     isBlended_ = false;
     return property_ != nullptr;

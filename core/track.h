@@ -29,7 +29,7 @@ using NodeNames = std::unordered_map<std::string_view, Node*>;
 class ZORVAN_CORE_API Track {
   public:
     // Reads a track from the reader's current object: "node" (one of names, or none for root), "property",
-    // "interpolation" and "keys". False after an error.
+    // "interpolation" and "keys", whose values keep to the property's range. False after an error.
     bool Load(Deserializer& reader, Node& root, NodeNames const& names);
     // Only when bound: a key is written as its property says.
     void Save(Serializer& writer) const;
@@ -57,9 +57,10 @@ class ZORVAN_CORE_API Track {
     void ApplyBlend(size_t key, RealFixed frame);
 
     PropertyBase* property_ = nullptr;
-    size_t current_ = 0;      // the key that held last time: time mostly moves on a little
-    size_t applied_ = kNone;  // the key whose value was set last, kNone after a blend
-    RealFixed blended_[4];    // the blend that was set last
+    PropertyRange const* range_ = nullptr;  // of the bound property
+    size_t current_ = 0;                    // the key that held last time: time mostly moves on a little
+    size_t applied_ = kNone;                // the key whose value was set last, kNone after a blend
+    RealFixed blended_[4];                  // the blend that was set last
     bool isBlended_ = false;
 };
 

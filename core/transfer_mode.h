@@ -2,9 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
-
-#include "core/api.h"
 
 namespace zorvan {
 
@@ -12,11 +9,6 @@ namespace zorvan {
 inline constexpr uint32_t kNoTransferMode = 0xFFFFFFFFu;
 // Number of transfer modes: 0 to 36.
 inline constexpr uint32_t kTransferModeCount = 37;
-constexpr bool IsTransferMode(uint32_t mode) {
-    return mode < kTransferModeCount || mode == kNoTransferMode;
-}
-// What to report for a number that is no transfer mode.
-ZORVAN_CORE_API std::string TransferModeError(uint32_t mode);
 // Effect key of a device with no transfer mode in force, and the step to the next key.
 inline constexpr uint32_t kEffectKeyBasis = 0x811C9DC5u;
 inline constexpr uint32_t kEffectKeyPrime = 16777619u;

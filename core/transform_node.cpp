@@ -10,6 +10,8 @@ namespace {
 using Matrix = Matrix4T<RealFixed>;
 using Vector3 = Vector3T<RealFixed>;
 
+constexpr PropertyRange kTransferModes = {0, int32_t{kTransferModeCount} - 1, "", true};
+
 // Rotation about x, then y, then z, of column vectors.
 Matrix RotationMatrix(Vector3 const& degrees) {
     Matrix result = Matrix::Identity;
@@ -58,10 +60,6 @@ Matrix LocalMatrix(TransformNode const& node) {
 }
 
 }  // namespace
-
-std::string TransferModeError(uint32_t mode) {
-    return "got " + std::to_string(mode) + ", expected 0 to 36 or \"none\"";
-}
 
 TransformNode::TransformNode(TransformNode const& other)
     : Node(other),
@@ -121,7 +119,7 @@ void TransformNode::RegisterProperties() {
     list.Add("scale", scale);
     list.Add("origin", origin);
     list.Add("opacity", opacity);
-    list.Add("transferMode", transferMode);
+    list.Add("transferMode", transferMode, &kTransferModes);
     list.Add("depth", depth);
 }
 
@@ -212,10 +210,6 @@ void TransformNode::InternalSave(Serializer& writer) {
 }
 
 bool TransformNode::InternalLoad(Deserializer& reader) {
-    if (!IsTransferMode(transferMode.Get())) {
-        reader.Fail("transferMode", TransferModeError(transferMode.Get()));
-        return false;
-    }
     uint32_t masks = 0;
     reader.Read("masks", masks);
     constexpr uint32_t kMostMasks = 64;

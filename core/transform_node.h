@@ -58,7 +58,7 @@ class ZORVAN_CORE_API TransformNode : public Node {
     // The point that position, rotation and scale take hold of.
     PropertyT<Vector3T<RealFixed>> origin{OwnProperties()};
     PropertyT<RealFixed> opacity{OwnProperties(), kOne<RealFixed>};
-    // 0 to 36, or kNoTransferMode.
+    // 0 to 36, or kNoTransferMode; other numbers blend as if there were none.
     PropertyT<uint32_t> transferMode{OwnProperties(), kNoTransferMode};
     // True draws with the default camera unless a timeline above says otherwise.
     PropertyT<bool> depth{OwnProperties(), false};

@@ -41,7 +41,7 @@ a.json:1:35: /root/length: got "a", expected a number
 "root": {"length": 32768}
 a.json:1:35: /root/length: got 32768, expected a number from -32768 to below 32768
 "root": {"rate": -1}
-a.json:1:33: /root/rate: got a negative number, expected 0 or more
+a.json:1:33: /root/rate: got -1, expected 0 or more
 "root": {"position": [1, 2, 3, 4]}
 a.json:1:37: /root/position: got an array of 4, expected an array of 3 numbers
 "root": {"position": [1, [[]], 3]}
@@ -161,7 +161,7 @@ a.json:1:38: /root/children/0: got a text without "font", expected the name of a
 "root": {"children": [{"class": "Text", "font": null, "alignment": "justify"}]}
 a.json:1:83: /root/children/0/alignment: got "justify", expected left, center or right, and top, middle or bottom, such as "center middle"
 "root": {"children": [{"class": "Text", "font": null, "box": [-1, 5]}]}
-a.json:1:77: /root/children/0/box: got a negative size, expected width and height from 0 up
+a.json:1:77: /root/children/0/box: got -1, expected 0 or more pixels
 "root": {"children": [{"class": "Text", "font": null, "letterSpacing": -40000}]}
 a.json:1:87: /root/children/0/letterSpacing: got -40000, expected -32767 to 32767 pixels)___";
 
