@@ -1,15 +1,26 @@
 #include "core/font.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <filesystem>
 
 #include "core/font_file.h"
 #include "core/glyph_packer.h"
 #include "core/glyph_page.h"
+#include "core/memory_budget.h"
 #include "core/text_break.h"
 #include "core/trace.h"
 
 namespace zorvan {
 namespace {
+
+// Of a glyph's pixel while it waits for its page: its coverage, and its place on the page.
+constexpr uint64_t kCoverageBytes = 1, kPageBytes = 4, kPendingBytes = kCoverageBytes + kPageBytes;
+
+// With the free pixels around it.
+uint64_t PixelsOnPage(GlyphBitmap const& bitmap) {
+    return static_cast<uint64_t>(bitmap.width + 1) * static_cast<uint64_t>(bitmap.height + 1);
+}
 
 uint64_t KerningKey(uint32_t left, uint32_t right) {
     return uint64_t{left} << 32 | right;
@@ -53,6 +64,15 @@ bool Font::Initialize() {
 }
 
 bool Font::LoadFile(ClassRegistry& registry, std::string const& path, int size, std::string& error) {
+    if (!budget_) {
+        budget_ = new MemoryBudget;
+    }
+    std::error_code unknown;
+    const uintmax_t fileSize = std::filesystem::file_size(path, unknown);
+    if (!unknown && !budget_->Take(fileSize)) {
+        error = path + ": " + budget_->Refusal("the file");
+        return false;
+    }
     std::unique_ptr<FontFile> file = FontFile::Open(path, size, error);
     if (!file) {
         return false;
@@ -85,6 +105,9 @@ bool Font::AddCharacters(std::wstring_view text, std::string& error) {
             // Kept, so that the damage is met and reported once.
             glyph = missing_;
             whole = false;
+            if (budget_->IsExhausted()) {
+                break;
+            }
         }
     }
     return whole;
@@ -99,6 +122,14 @@ bool Font::Rasterise(uint32_t index, Glyph& glyph, uint32_t codePoint, std::stri
     glyph.offsetX = RealFixed::FromInt(bitmap.left);
     glyph.offsetY = RealFixed::FromInt(-bitmap.top);
     glyph.advance = RealFixed::FromInt(bitmap.advance);
+    const uint64_t pixels = PixelsOnPage(bitmap);
+    if (!budget_->Take(pixels * kPendingBytes)) {
+        char what[64];
+        std::snprintf(what, sizeof what, "the glyph of U+%04X", codePoint);
+        error = budget_->Refusal(what);
+        return false;
+    }
+    pendingPixels_ += pixels;
     if (bitmap.width > 0) {
         pending_.push_back({codePoint, &glyph, std::move(bitmap)});
     }
@@ -114,9 +145,18 @@ bool Font::MakePages() {
     for (Pending const& entry : glyphs) {
         sizes.push_back({entry.bitmap.width, entry.bitmap.height});
     }
+    if (glyphs.empty()) {
+        return true;
+    }
     const PackedGlyphs packed = PackGlyphs(sizes);
+    // The pages take the place of what was counted for their glyphs.
+    budget_->GiveBack(std::exchange(pendingPixels_, 0) * kPendingBytes);
+    uint64_t pageBytes = 0;
+    for (SizeT<int> const& size : packed.pages) {
+        pageBytes += kPageBytes * static_cast<uint64_t>(size.width) * static_cast<uint64_t>(size.height);
+    }
     const size_t firstPage = pages_.size();
-    if (firstPage + packed.pages.size() > INT16_MAX) {
+    if (firstPage + packed.pages.size() > INT16_MAX || !budget_->Take(pageBytes)) {
         return false;
     }
     for (SizeT<int> const& size : packed.pages) {

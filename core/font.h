@@ -22,6 +22,7 @@ namespace zorvan {
 class ClassRegistry;
 class FontFile;
 class GraphicsDevice;
+class MemoryBudget;
 struct GlyphBitmap;
 
 // Glyphs come from a font file, or from pages and tables that the owner adds. A page is complete before its
@@ -56,10 +57,12 @@ class ZORVAN_CORE_API Font : public Referenced {
 
     // Opens a font file and rasterises printable ASCII at size pixels to the em. Pages are textures of the
     // registry, which must outlive the drawing of strings. False with one line that names the file.
+    // The file, its glyphs and their pages count in the budget of the scene that the font belongs to, or in
+    // one of the font's own; that holds for glyphs that are drawn later, too.
     bool LoadFile(ClassRegistry& registry, std::string const& path, int size, std::string& error);
     // Rasterises the characters of text that are new to the font; those that its file lacks are drawn as
     // its glyph for missing characters. False, with that glyph for the character at fault, when the file is
-    // damaged.
+    // damaged, and for all that is new when memory runs out.
     bool AddCharacters(std::wstring_view text, std::string& error);
 
     // Takes a reference to a page of glyphs: coverage in RGB, alpha 255, rows bottom-up.
@@ -108,8 +111,10 @@ class ZORVAN_CORE_API Font : public Referenced {
     bool hasMissing_ = false;
 
     ClassRegistry* registry_ = nullptr;
+    RefT<MemoryBudget> budget_;
     std::unique_ptr<FontFile> file_;
     std::vector<Pending> pending_;
+    uint64_t pendingPixels_ = 0;  // of the budget's bytes, kPendingBytes each
     LayoutCache layouts_;
 
     // What Save writes and Load read.

@@ -3,6 +3,7 @@
 #include <ft2build.h>
 #include FT_FREETYPE_H
 #include FT_MODULE_H
+#include FT_OUTLINE_H
 #include <algorithm>
 #include <cstdlib>
 
@@ -50,7 +51,21 @@ FT_Library StartFreeType() {
 }
 
 // Outlines are snapped to pixels, vertically, by the rasteriser's own hinting: the same for all fonts.
-constexpr FT_Int32 kLoadFlags = FT_LOAD_TARGET_LIGHT | FT_LOAD_RENDER;
+constexpr FT_Int32 kLoadFlags = FT_LOAD_TARGET_LIGHT;
+
+struct BitmapSize {
+    FT_Pos width, height;
+};
+
+// Of a loaded glyph: an outline's before its bitmap is made.
+BitmapSize SizeOf(FT_GlyphSlot slot) {
+    if (slot->format != FT_GLYPH_FORMAT_OUTLINE) {
+        return {static_cast<FT_Pos>(slot->bitmap.width), static_cast<FT_Pos>(slot->bitmap.rows)};
+    }
+    FT_BBox box{};
+    FT_Outline_Get_CBox(&slot->outline, &box);
+    return {((box.xMax + 63) >> 6) - (box.xMin >> 6), ((box.yMax + 63) >> 6) - (box.yMin >> 6)};
+}
 
 int RoundToPixel(FT_Pos value) {
     return static_cast<int>((value + 32) >> 6);
@@ -98,13 +113,17 @@ class FreeTypeFile final : public FontFile {
     }
 
     bool Rasterise(uint32_t index, GlyphBitmap& bitmap, std::string& error) override {
-        const FT_Error code = FT_Load_Glyph(face_.get(), index, kLoadFlags);
+        FT_Error code = FT_Load_Glyph(face_.get(), index, kLoadFlags);
         FT_GlyphSlot slot = face_->glyph;
-        if (code == 0 && std::max(slot->bitmap.width, slot->bitmap.rows) > unsigned{kMostGlyphSide}) {
-            error = path_ + ": got a glyph of " + std::to_string(slot->bitmap.width) + "x" +
-                    std::to_string(slot->bitmap.rows) + " pixels, expected at most " +
-                    std::to_string(kMostGlyphSide) + ": choose a smaller size";
-            return false;
+        if (code == 0) {
+            const BitmapSize size = SizeOf(slot);
+            if (std::max(size.width, size.height) > kMostGlyphSide) {
+                error = path_ + ": got a glyph of " + std::to_string(size.width) + "x" +
+                        std::to_string(size.height) + " pixels, expected at most " +
+                        std::to_string(kMostGlyphSide) + ": choose a smaller size";
+                return false;
+            }
+            code = slot->format == FT_GLYPH_FORMAT_BITMAP ? 0 : FT_Render_Glyph(slot, FT_RENDER_MODE_LIGHT);
         }
         if (code != 0 || !CopyCoverage(slot->bitmap, bitmap)) {
             error = path_ + ": damaged font file, glyph " + std::to_string(index) +

@@ -63,6 +63,7 @@ bool Font::LoadFileEntry(Deserializer& reader) {
                                 std::to_string(FontFile::kMostPixels) + " pixels");
         return false;
     }
+    budget_ = &reader.Budget();
     std::string error;
     if (!LoadFile(reader.Registry(), reader.ResolvePath(path_), size_, error) ||
         !AddCharacters(FromUtf8(characters_).View(), error)) {

@@ -4,6 +4,7 @@
 
 #include "core/file_bytes.h"
 #include "core/image_codecs.h"
+#include "core/memory_budget.h"
 
 namespace zorvan {
 namespace {
@@ -27,21 +28,33 @@ std::string CheckImageSize(uint64_t width, uint64_t height) {
            " together";
 }
 
-std::string DecodeImage(std::vector<uint8_t> const& bytes, Image& image) {
+std::string MissingPixels(uint64_t width, uint64_t height, size_t fileBytes) {
+    return "got " + std::to_string(fileBytes) + " bytes in the file, expected data for " +
+           std::to_string(width) + "x" + std::to_string(height) + " pixels";
+}
+
+std::string TakePixels(uint64_t width, uint64_t height, uint64_t pixelBytes, MemoryClaim* claim) {
+    if (claim == nullptr || claim->Take(width * height * pixelBytes)) {
+        return {};
+    }
+    return claim->Budget().Refusal(std::to_string(width) + "x" + std::to_string(height) + " pixels");
+}
+
+std::string DecodeImage(std::vector<uint8_t> const& bytes, Image& image, MemoryClaim* claim) {
     constexpr uint8_t kPng[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
     constexpr uint8_t kJpeg[] = {0xFF, 0xD8, 0xFF};
     if (StartsWith(bytes, kPng)) {
-        return DecodePng(bytes, image);
+        return DecodePng(bytes, image, claim);
     }
     if (StartsWith(bytes, kJpeg)) {
-        return DecodeJpeg(bytes, image);
+        return DecodeJpeg(bytes, image, claim);
     }
     return "got neither a PNG nor a JPEG image";
 }
 
-std::string ReadImage(std::string const& path, Image& image) {
+std::string ReadImage(std::string const& path, Image& image, MemoryClaim* claim) {
     const FileBytes file = ReadFileBytes(path, kLargestFile);
-    return file.error.empty() ? DecodeImage(file.bytes, image) : file.error;
+    return file.error.empty() ? DecodeImage(file.bytes, image, claim) : file.error;
 }
 
 std::string WritePng(std::string const& path, Image const& image) {

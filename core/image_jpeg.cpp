@@ -67,9 +67,21 @@ struct Decoder {
     ~Decoder() { jpeg_destroy_decompress(&info); }
 };
 
+// A block of 8 x 8 samples takes at least one bit, and with odd sampling factors blocks cover up to 256
+// pixels.
+bool IsInFile(jpeg_decompress_struct const& info, size_t fileBytes) {
+    return uint64_t{info.image_width} * info.image_height <= uint64_t{fileBytes} * 8 * 256;
+}
+
+// The decoded pixel, and with several scans the coefficients of all samples, which wait for the last one.
+uint64_t BytesPerPixel(jpeg_decompress_struct& info) {
+    const bool waits = jpeg_has_multiple_scans(&info) != 0;
+    return 4 + (waits ? sizeof(JCOEF) * static_cast<unsigned>(info.num_components) : 0);
+}
+
 }  // namespace
 
-std::string DecodeJpeg(std::vector<uint8_t> const& bytes, Image& image) {
+std::string DecodeJpeg(std::vector<uint8_t> const& bytes, Image& image, MemoryClaim* claim) {
     Decoder decoder;
     const auto broken = [&] {
         if (decoder.state.manager.msg_code == JERR_OUT_OF_MEMORY) {
@@ -80,11 +92,18 @@ std::string DecodeJpeg(std::vector<uint8_t> const& bytes, Image& image) {
     if (!ReadHeader(decoder.info, decoder.state, bytes.data(), bytes.size())) {
         return broken();
     }
-    std::string error = CheckImageSize(decoder.info.image_width, decoder.info.image_height);
+    jpeg_decompress_struct& info = decoder.info;
+    std::string error = CheckImageSize(info.image_width, info.image_height);
+    if (error.empty() && !IsInFile(info, bytes.size())) {
+        error = MissingPixels(info.image_width, info.image_height, bytes.size());
+    }
+    if (error.empty()) {
+        error = TakePixels(info.image_width, info.image_height, BytesPerPixel(info), claim);
+    }
     if (!error.empty()) {
         return error;
     }
-    Image decoded{decoder.info.image_width, decoder.info.image_height, {}};
+    Image decoded{info.image_width, info.image_height, {}};
     decoded.rgba.resize(size_t{decoded.width} * decoded.height * 4);
     if (!ReadRows(decoder.info, decoder.state, decoded.rgba.data())) {
         return broken();

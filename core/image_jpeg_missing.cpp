@@ -3,7 +3,7 @@
 
 namespace zorvan {
 
-std::string DecodeJpeg(std::vector<uint8_t> const&, Image&) {
+std::string DecodeJpeg(std::vector<uint8_t> const&, Image&, MemoryClaim*) {
     return "this library was built without JPEG support";
 }
 

@@ -27,14 +27,29 @@ struct PngState {
     }
 };
 
+// Whether so few bytes can hold the picture that the first chunk, which the library has checked, claims:
+// deflate shrinks at most 1032 times.
+bool IsInFile(std::vector<uint8_t> const& bytes, uint64_t width, uint64_t height) {
+    constexpr size_t kDepth = 24, kColorType = 25;          // in the file
+    constexpr uint8_t kChannels[] = {1, 0, 3, 1, 2, 0, 4};  // by colour type
+    const uint64_t bits = uint64_t{bytes[kDepth]} * kChannels[bytes[kColorType]];
+    return (width * bits + 7) / 8 * height / 1032 <= bytes.size();
+}
+
 }  // namespace
 
-std::string DecodePng(std::vector<uint8_t> const& bytes, Image& image) {
+std::string DecodePng(std::vector<uint8_t> const& bytes, Image& image, MemoryClaim* claim) {
     PngState png;
     if (png_image_begin_read_from_memory(&png.state, bytes.data(), bytes.size()) == 0) {
         return png.Error("broken PNG image: ");
     }
     std::string error = CheckImageSize(png.state.width, png.state.height);
+    if (error.empty() && !IsInFile(bytes, png.state.width, png.state.height)) {
+        error = MissingPixels(png.state.width, png.state.height, bytes.size());
+    }
+    if (error.empty()) {
+        error = TakePixels(png.state.width, png.state.height, PNG_IMAGE_PIXEL_SIZE(PNG_FORMAT_RGBA), claim);
+    }
     if (!error.empty()) {
         return error;
     }

@@ -8,7 +8,7 @@ constexpr char const* kMissing = "this library was built without image support";
 
 }  // namespace
 
-std::string DecodePng(std::vector<uint8_t> const&, Image&) {
+std::string DecodePng(std::vector<uint8_t> const&, Image&, MemoryClaim*) {
     return kMissing;
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "core/memory_budget.h"
+
 namespace zorvan::json {
 namespace {
 
@@ -35,8 +37,9 @@ class PlaceIterator {
 
 class TreeBuilder final : public nlohmann::json::json_sax_t {
   public:
-    TreeBuilder(std::string_view text, char const* const& farthest, Document& document, ParseError& error)
-        : text_(text), farthest_(farthest), document_(document), error_(error) {}
+    TreeBuilder(std::string_view text, char const* const& farthest, Document& document, ParseError& error,
+                MemoryClaim& claim)
+        : text_(text), farthest_(farthest), document_(document), error_(error), claim_(claim) {}
 
     bool null() override { return AddScalar(Type::Null); }
     bool boolean(bool value) override {
@@ -115,6 +118,9 @@ class TreeBuilder final : public nlohmann::json::json_sax_t {
         if (document_.values.size() >= kMostValues) {
             return Fail(TokenStart(), "got too many values, expected at most " + std::to_string(kMostValues));
         }
+        if (!MakeRoom()) {
+            return Fail(TokenStart(), claim_.Budget().Refusal("the values of the text"));
+        }
         Value value;
         value.type = type;
         value.place = static_cast<uint32_t>(TokenStart());
@@ -127,6 +133,23 @@ class TreeBuilder final : public nlohmann::json::json_sax_t {
         }
         document_.values.push_back(value);
         Advance();
+        return true;
+    }
+
+    // For one more value. Old and new values lie side by side while the table grows.
+    bool MakeRoom() {
+        constexpr size_t kFirstRoom = 256;
+        std::vector<Value>& values = document_.values;
+        const size_t room = values.capacity();
+        if (values.size() < room) {
+            return true;
+        }
+        const size_t larger = std::max(kFirstRoom, 2 * room);
+        if (!claim_.Take(larger * sizeof(Value))) {
+            return false;
+        }
+        values.reserve(larger);
+        claim_.GiveBack(room * sizeof(Value));
         return true;
     }
 
@@ -170,6 +193,7 @@ class TreeBuilder final : public nlohmann::json::json_sax_t {
     char const* const& farthest_;
     Document& document_;
     ParseError& error_;
+    MemoryClaim& claim_;
     std::vector<uint32_t> open_;
     std::vector<std::pair<std::string_view, uint32_t>> keys_;
     size_t behindToken_ = 0;
@@ -179,9 +203,9 @@ class TreeBuilder final : public nlohmann::json::json_sax_t {
 
 }  // namespace
 
-bool Parse(std::string_view text, Document& document, ParseError& error) {
+bool Parse(std::string_view text, Document& document, ParseError& error, MemoryClaim& claim) {
     char const* farthest = text.data();
-    TreeBuilder builder(text, farthest, document, error);
+    TreeBuilder builder(text, farthest, document, error, claim);
     return nlohmann::json::sax_parse(PlaceIterator(text.data(), &farthest),
                                      PlaceIterator(text.data() + text.size(), &farthest), &builder);
 }

@@ -7,6 +7,10 @@
 #include <string_view>
 #include <vector>
 
+namespace zorvan {
+class MemoryClaim;
+}
+
 namespace zorvan::json {
 
 enum class Type : uint8_t { Null, Bool, Integer, Real, String, Array, Object };
@@ -53,8 +57,9 @@ inline constexpr uint32_t kDeepestNesting = 200;
 // About 1.3 GiB of them; a sprite has ten to twenty.
 inline constexpr uint32_t kMostValues = 1u << 25;
 
-// Parses a whole text of less than 4 GiB. Refuses what is no JSON, repeated keys and too deep nesting.
-bool Parse(std::string_view text, Document& document, ParseError& error);
+// Parses a whole text of less than 4 GiB. Refuses what is no JSON, repeated keys and too deep nesting, and
+// more values than fit into the claim's budget.
+bool Parse(std::string_view text, Document& document, ParseError& error, MemoryClaim& claim);
 
 // A string as JSON writes it, with quotes; malformed UTF-8 becomes U+FFFD.
 std::string Quote(std::string_view text);

@@ -21,11 +21,27 @@ bool IsContainer(Value const& value) {
 
 }  // namespace
 
-JsonReader::JsonReader(ClassRegistry& registry) : registry_(registry) {}
+JsonReader::JsonReader(ClassRegistry& registry, uint64_t memoryLimit)
+    : Deserializer(memoryLimit), registry_(registry), shownBudget_(memoryLimit) {}
 
 JsonReader::~JsonReader() = default;
 
+bool JsonReader::TakeText(uint64_t bytes, std::string const& source) {
+    constexpr uint64_t kCopies = 3;
+    textClaim_.GiveBack(textClaim_.Bytes());
+    if (!textClaim_.Take(kCopies * bytes)) {
+        error_ = source + ": " + Budget().Refusal("the text");
+        isMemoryError_ = true;
+    }
+    return error_.empty();
+}
+
 bool JsonReader::Open(std::string const& path) {
+    std::error_code unknown;
+    const uintmax_t size = std::filesystem::file_size(path, unknown);
+    if (!unknown && !TakeText(size, path)) {
+        return false;
+    }
     FileBytes file = ReadFileBytes(path, kLargestFile);
     if (!file.error.empty()) {
         error_ = path + ": " + file.error;
@@ -33,17 +49,30 @@ bool JsonReader::Open(std::string const& path) {
         return false;
     }
     folder_ = std::filesystem::path(path).parent_path().string();
-    return Parse({reinterpret_cast<char const*>(file.bytes.data()), file.bytes.size()}, path);
+    if (!TakeText(file.bytes.size(), path)) {
+        return false;
+    }
+    text_.assign(file.bytes.begin(), file.bytes.end());
+    file = {};
+    return ParseText(path);
 }
 
 bool JsonReader::Parse(std::string_view text, std::string const& source) {
-    source_ = source;
+    if (!TakeText(text.size(), source)) {
+        return false;
+    }
     text_ = text;
+    return ParseText(source);
+}
+
+bool JsonReader::ParseText(std::string const& source) {
+    source_ = source;
     levels_.clear();
     keys_.clear();
     document_ = std::make_unique<json::Document>();
     json::ParseError parseError;
-    if (!json::Parse(text_, *document_, parseError)) {
+    if (!json::Parse(text_, *document_, parseError, textClaim_)) {
+        isMemoryError_ = Budget().IsExhausted();
         error_ = source_ + ":" + json::LineAndColumn(text_, parseError.place) + ": " + parseError.message;
         return false;
     }
@@ -176,6 +205,8 @@ void JsonReader::Fail(char const* key, std::string const& message) {
 
 void JsonReader::FailAt(Value const& value, std::string const& message) {
     if (!Failed()) {
+        // The first error: when something did not fit before it, it is about that.
+        isMemoryError_ = Budget().IsExhausted() || shownBudget_.IsExhausted();
         error_ = source_ + ":" + json::LineAndColumn(text_, value.place) + ": " +
                  json::PathOf(*document_, value) + ": " + message;
     }

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "core/font.h"
@@ -24,8 +25,9 @@ struct Value;
 // must live until their object is left.
 class ZORVAN_CORE_API JsonReader final : public Deserializer {
   public:
-    // Nodes are made by the registry, which must outlive the reader.
-    explicit JsonReader(ClassRegistry& registry);
+    // Nodes are made by the registry, which must outlive the reader. The limit holds for what loading takes
+    // of main memory, and once more for the textures that nodes and fonts hand to the device.
+    explicit JsonReader(ClassRegistry& registry, uint64_t memoryLimit = MemoryBudget::DefaultLimit());
     ~JsonReader() override;
 
     // Both make the text's root object the current one. Paths in the data are relative to the file's
@@ -37,6 +39,8 @@ class ZORVAN_CORE_API JsonReader final : public Deserializer {
     std::string const& Error() const { return error_; }
     // Whether the error is about reaching the file, not about what it holds.
     bool IsFileError() const { return isFileError_; }
+    // Whether it is about something that does not fit into memory.
+    bool IsMemoryError() const { return isMemoryError_; }
 
     // Resources that the data may name.
     void AddTexture(Texture* texture) { textures_[texture->name] = texture; }
@@ -74,6 +78,9 @@ class ZORVAN_CORE_API JsonReader final : public Deserializer {
         size_t keysBegin = 0;  // of the keys asked for here, in keys_
     };
 
+    // Counts the text, what its strings are stored as and what is decoded from them.
+    bool TakeText(uint64_t bytes, std::string const& source);
+    bool ParseText(std::string const& source);
     json::Value* Find(char const* key);
     json::Value const* FindTyped(char const* key, bool (*fits)(json::Value const&), char const* expected);
     bool ReadReal(json::Value const& value, RealFixed& number);
@@ -86,6 +93,9 @@ class ZORVAN_CORE_API JsonReader final : public Deserializer {
                       RefT<T>& resource, char const* expected);
 
     ClassRegistry& registry_;
+    MemoryClaim textClaim_{Budget()};
+    MemoryBudget shownBudget_;
+    std::unordered_set<Texture const*> shown_;  // whose bytes are taken from it
     std::string source_;
     std::string folder_;
     std::string text_;
@@ -96,6 +106,7 @@ class ZORVAN_CORE_API JsonReader final : public Deserializer {
     std::unordered_map<std::string, Font*> fonts_;
     std::string error_;
     bool isFileError_ = false;
+    bool isMemoryError_ = false;
 };
 
 }  // namespace zorvan

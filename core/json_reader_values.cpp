@@ -160,7 +160,13 @@ bool JsonReader::ReadResource(char const* key, std::unordered_map<std::string, T
 }
 
 bool JsonReader::Read(char const* key, RefT<Texture>& texture) {
-    return ReadResource(key, textures_, texture, "the name of a texture of this scene, or null");
+    if (!ReadResource(key, textures_, texture, "the name of a texture of this scene, or null")) {
+        return false;
+    }
+    if (texture && shown_.insert(texture.Get()).second && !shownBudget_.Take(texture->pixels.size)) {
+        Fail(key, shownBudget_.Refusal("a texture on the device"));
+    }
+    return !Failed();
 }
 
 bool JsonReader::Read(char const* key, RefT<Font>& font) {

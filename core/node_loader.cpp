@@ -1,4 +1,5 @@
 // Nodes from scene data, by their class names.
+#include <memory>
 #include <string_view>
 
 #include "core/class_registry.h"
@@ -18,6 +19,9 @@ constexpr NodeClass kNodeClasses[] = {{"TransformNode", MakeClassId(u"TransformN
                                       {"Camera", MakeClassId(u"Camera")},
                                       {"Sprite", MakeClassId(u"Sprite")},
                                       {"Text", MakeClassId(u"Text")}};
+
+// About what the largest kind of node takes, with its properties and their table.
+constexpr uint64_t kNodeBytes = 2048;
 
 Node* CreateNode(Deserializer& reader, std::string_view name) {
     for (NodeClass const& entry : kNodeClasses) {
@@ -59,16 +63,15 @@ Node* LoadNode(Deserializer& reader, char const* impliedClass) {
         reader.Fail(nullptr, "got a node without \"class\", expected its class name");
         return nullptr;
     }
-    Node* node = CreateNode(reader, name);
-    if (node == nullptr) {
+    if (!reader.TakeMemory(nullptr, kNodeBytes, "a node")) {
         return nullptr;
     }
-    if (!node->Load(reader)) {
-        delete node;
+    std::unique_ptr<Node> node(CreateNode(reader, name));
+    if (node == nullptr || !node->Load(reader)) {
         return nullptr;
     }
     ShowUsedPart(*node);
-    return node;
+    return node.release();
 }
 
 }  // namespace zorvan

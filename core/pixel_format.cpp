@@ -87,14 +87,18 @@ bool IsPlainFormat(uint32_t format) {
 }
 
 void PackPixels(Image const& image, uint32_t format, std::vector<uint8_t>& bytes) {
-    const uint32_t pixelBytes = PixelBytes(format);
     const size_t begin = bytes.size();
-    bytes.resize(begin + size_t{image.width} * image.height * pixelBytes);
-    uint8_t* out = bytes.data() + begin;
-    for (uint32_t y = image.height; y-- > 0;) {
-        uint8_t const* in = image.rgba.data() + size_t{y} * image.width * 4;
-        for (uint32_t x = 0; x < image.width; ++x, in += 4, out += pixelBytes) {
-            PackPixel(in, format, out);
+    bytes.resize(begin + size_t{image.width} * image.height * PixelBytes(format));
+    PackPadded(image, format, image.width, image.height, bytes.data() + begin);
+}
+
+void PackPadded(Image const& image, uint32_t format, uint32_t width, uint32_t height, uint8_t* out) {
+    const uint32_t pixelBytes = PixelBytes(format);
+    const uint32_t above = height - image.height;
+    for (uint32_t y = height; y-- > 0;) {
+        uint8_t const* row = image.rgba.data() + size_t{y < above ? 0 : y - above} * image.width * 4;
+        for (uint32_t x = 0; x < width; ++x, out += pixelBytes) {
+            PackPixel(row + size_t{std::min(x, image.width - 1)} * 4, format, out);
         }
     }
 }

@@ -15,6 +15,8 @@ ZORVAN_CORE_API bool IsPlainFormat(uint32_t format);
 // Appends the image to bytes in a plain texture format, bottom row first. Channels become the nearest
 // value of their width; formats without alpha drop it.
 ZORVAN_CORE_API void PackPixels(Image const& image, uint32_t format, std::vector<uint8_t>& bytes);
+// The same for PadImage's result, without making it, to where out points: room for TextureDataSize bytes.
+void PackPadded(Image const& image, uint32_t format, uint32_t width, uint32_t height, uint8_t* out);
 
 // The image in width x height pixels of a plain texture format, bottom row first. Formats without alpha
 // give 255.

@@ -57,7 +57,7 @@ void WriteEach(JsonWriter& writer, char const* key, std::vector<RefT<T>> const& 
 
 bool Scene::Load(std::string const& path, ClassRegistry& registry) try {
     OutOfMemory::Take();
-    JsonReader reader(registry);
+    JsonReader reader(registry, memoryLimit_.value_or(MemoryBudget::DefaultLimit()));
     reader.Open(path);
     return Read(reader, path);
 } catch (std::bad_alloc const&) {
@@ -66,7 +66,7 @@ bool Scene::Load(std::string const& path, ClassRegistry& registry) try {
 
 bool Scene::Parse(std::string_view text, ClassRegistry& registry, std::string const& source) try {
     OutOfMemory::Take();
-    JsonReader reader(registry);
+    JsonReader reader(registry, memoryLimit_.value_or(MemoryBudget::DefaultLimit()));
     reader.Parse(text, source);
     return Read(reader, source);
 } catch (std::bad_alloc const&) {
@@ -89,12 +89,13 @@ bool Scene::Read(JsonReader& reader, std::string const& source) {
     if (!read) {
         error_ = reader.Error();
         isFileError_ = reader.IsFileError();
-        isMemoryError_ = false;
+        isMemoryError_ = reader.IsMemoryError();
         return false;
     }
     for (RefT<Shader> const& shader : loaded.shaders) {
         Shader::Add(shader.Get());
     }
+    loaded.memoryLimit_ = memoryLimit_;
     *this = std::move(loaded);
     return true;
 }
@@ -163,7 +164,11 @@ bool Scene::ReadFonts(JsonReader& reader) {
 bool Scene::InitializeFonts(JsonReader& reader) {
     for (RefT<Font> const& font : fonts) {
         if (!font->Initialize()) {
-            reader.Fail(nullptr, "out of memory for the glyphs of the font \"" + font->name + "\"");
+            const std::string what = "the glyph pages of the font \"" + font->name + "\"";
+            MemoryBudget& budget = reader.Budget();
+            const bool refused = budget.IsExhausted();
+            budget.MarkExhausted();
+            reader.Fail(nullptr, refused ? budget.Refusal(what) : "out of memory for " + what);
             return false;
         }
     }
@@ -217,8 +222,7 @@ bool Scene::Save(std::string& text) {
     for (RefT<Texture> const& texture : textures) {
         if (!texture->CanSave()) {
             error_ = "the texture \"" + texture->name + "\" has no file and its pixels went to the device";
-            isFileError_ = false;
-            isMemoryError_ = false;
+            isFileError_ = isMemoryError_ = false;
             return false;
         }
     }

@@ -27,9 +27,12 @@ class ZORVAN_CORE_API Scene {
     std::string const& Error() const { return error_; }
     // Whether that was about reaching a file, not about what it holds.
     bool IsFileError() const { return isFileError_; }
-    // Whether that was a lack of memory, of which the scene's objects may have told no more than a note
-    // (OutOfMemory, which loading clears).
+    // Whether that was about something that did not fit into the limit or into memory. Of the latter the
+    // scene's objects may have told no more than a note (OutOfMemory, which loading clears).
     bool IsMemoryError() const { return isMemoryError_; }
+    // What Load and Parse may take, in bytes: of main memory, and once more for the textures that the device
+    // gets. MemoryBudget::DefaultLimit() without this.
+    void SetMemoryLimit(uint64_t bytes) { memoryLimit_ = bytes; }
 
     // The scene as text, which Parse reads back to the same scene. Names of image files are written as
     // they were read. False when a texture without a file has given its pixels to the device.
@@ -64,6 +67,7 @@ class ZORVAN_CORE_API Scene {
     std::string error_;
     bool isFileError_ = false;
     bool isMemoryError_ = false;
+    std::optional<uint64_t> memoryLimit_;
 };
 
 }  // namespace zorvan

@@ -2,11 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/api.h"
 #include "core/fixed.h"
+#include "core/memory_budget.h"
 #include "core/mstring.h"
 #include "core/referenced.h"
 
@@ -14,12 +17,17 @@ namespace zorvan {
 
 class ClassRegistry;
 class Font;
+class PictureCache;
 class Texture;
 
 // Reads the members of one current object or array. A missing key leaves the value as it was and returns
 // false; a value of the wrong type or range does too and records an error. Only the first error is kept.
 class ZORVAN_CORE_API Deserializer {
   public:
+    // What is loaded takes at most so many bytes.
+    explicit Deserializer(uint64_t memoryLimit = MemoryBudget::DefaultLimit());
+    Deserializer(Deserializer const&) = delete;
+    Deserializer& operator=(Deserializer const&) = delete;
     virtual ~Deserializer();
 
     virtual bool Has(char const* key) = 0;
@@ -52,6 +60,17 @@ class ZORVAN_CORE_API Deserializer {
     // Path of a file that the data names, relative to the data's own folder.
     virtual std::string ResolvePath(std::string const& path) const = 0;
     virtual ClassRegistry& Registry() = 0;
+
+    // To be asked before memory is taken. What stays after loading is not given back.
+    MemoryBudget& Budget() { return *budget_; }
+    // Asks for bytes that stay: false, with an error at the member key, when they do not fit.
+    bool TakeMemory(char const* key, uint64_t bytes, std::string_view what);
+    // What this loading has decoded so far.
+    PictureCache& Pictures() { return *pictures_; }
+
+  private:
+    RefT<MemoryBudget> budget_;
+    std::unique_ptr<PictureCache> pictures_;
 };
 
 // Calls read(index) inside each element of the array under key, which may be missing. False after an error.

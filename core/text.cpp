@@ -31,6 +31,11 @@ bool Text::Load(Deserializer& reader) {
         reader.Fail(nullptr, "got a text without \"font\", expected the name of a font");
         return false;
     }
+    // The string, in the property and in the font's memory of layouts, and the place of each glyph.
+    const uint64_t characterBytes = 2 * sizeof(wchar_t) + sizeof(PlacedGlyph);
+    if (!reader.TakeMemory("string", string.Get().Length() * characterBytes, "a string")) {
+        return false;
+    }
     std::string error;
     if (font.Get() && !font.Get()->AddCharacters(string.Get().View(), error)) {
         reader.Fail("string", error);

@@ -1,6 +1,7 @@
 #include "core/texture.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 namespace zorvan {
@@ -18,6 +19,16 @@ void RegisterTexture(void* owner) {
 bool IsBlockFormat(uint32_t format) {
     return format == TextureFormat::AtcRgb || format == TextureFormat::AtcRgbaExplicitAlpha;
 }
+
+// Memory of malloc that several textures share.
+class PixelBlock final : public Referenced {
+  public:
+    explicit PixelBlock(uint8_t* data) : data_(data) {}
+    ~PixelBlock() override { std::free(data_); }
+
+  private:
+    uint8_t* data_;
+};
 
 uint32_t BytesPerPixel(uint32_t format) {
     constexpr uint8_t kBytes[TextureFormat::kCount] = {2, 2, 2, 4, 3, 4, 4, 4, 1, 1};
@@ -60,6 +71,37 @@ bool Texture::SizePixelStore(uint32_t bytes) {
     pixels.data = static_cast<uint8_t*>(data);
     pixels.size = bytes;
     levels.Clear();
+    return true;
+}
+
+bool Texture::OwnPixels() {
+    if (pixels.owner == nullptr) {
+        return true;
+    }
+    auto* data = static_cast<uint8_t*>(std::malloc(pixels.size > 0 ? pixels.size : 1));
+    if (data == nullptr) {
+        return false;
+    }
+    std::memcpy(data, pixels.data, pixels.size);
+    pixels.data = data;
+    Release(std::exchange(pixels.owner, nullptr));
+    return true;
+}
+
+bool Texture::SharePixels(Texture& other) {
+    if (other.pixels.owner == nullptr) {
+        other.pixels.owner = new (std::nothrow) PixelBlock(other.pixels.data);
+        if (other.pixels.owner == nullptr) {
+            return false;
+        }
+        Retain(other.pixels.owner);
+    }
+    Retain(other.pixels.owner);
+    ReleasePixelStore();
+    format.Set(other.format.Get());
+    pixels = other.pixels;
+    levels = other.levels;
+    plainLevels_ = other.plainLevels_;
     return true;
 }
 

@@ -34,7 +34,8 @@ struct TextureLevel {
     bool operator==(TextureLevel const&) const = default;
 };
 
-// The bytes of all levels. With an owner they are the owner's, otherwise they come from malloc.
+// The bytes of all levels. With an owner they are the owner's, and other textures may show them as well;
+// otherwise they come from malloc.
 struct PixelStore {
     uint8_t* data = nullptr;
     uint32_t size = 0;
@@ -63,6 +64,9 @@ class ZORVAN_CORE_API Texture : public Referenced {
     // Makes the pixel store bytes long, with undefined contents, and empties the level table. False
     // when out of memory.
     bool SizePixelStore(uint32_t bytes);
+    // Makes the pixel store this texture's own, by a copy where it has an owner: to be called before its
+    // bytes are changed in place. False when out of memory.
+    bool OwnPixels();
     // Drops the pixel store: gives an owner's reference back, frees memory of our own.
     void ReleasePixelStore();
 
@@ -87,7 +91,15 @@ class ZORVAN_CORE_API Texture : public Referenced {
 
     bool LoadSizes(Deserializer& reader, SizeT<int32_t> stored, SizeT<int32_t> used);
     bool LoadFile(Deserializer& reader);
-    bool PackLevels(Deserializer& reader, Image image);
+    // Takes over a texture's pixels, levels and format, so that both share the bytes; false when out of
+    // memory.
+    bool SharePixels(Texture& other);
+    // Of all levels in the present format and size, in bytes.
+    uint64_t LevelBytes() const;
+    std::string PixelsText() const;
+    void PackLevels(Image image);
+    bool PackFile(Deserializer& reader, std::string const& path);
+    bool CompressLoaded(Deserializer& reader);
     bool LoadLevels(Deserializer& reader);
     bool LoadLevel(Deserializer& reader, uint32_t index, std::vector<uint8_t>& bytes,
                    List<TextureLevel>& table);

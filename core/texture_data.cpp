@@ -1,8 +1,10 @@
 // Textures in scene data.
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 
 #include "core/image_file.h"
+#include "core/picture_cache.h"
 #include "core/pixel_format.h"
 #include "core/texture.h"
 
@@ -55,6 +57,20 @@ uint32_t HalfSide(uint32_t side, uint32_t level) {
     return std::max(side >> level, 1u);
 }
 
+// One name for all that lead to the same file.
+std::string SameFile(std::string const& path) {
+    std::error_code unknown;
+    const std::filesystem::path same = std::filesystem::canonical(path, unknown);
+    return unknown ? path : same.string();
+}
+
+// The system refuses what the budget allowed.
+bool FailAllocation(Deserializer& reader) {
+    reader.Budget().MarkExhausted();
+    reader.Fail(nullptr, "out of memory for the pixels");
+    return false;
+}
+
 }  // namespace
 
 char const* TextureFormatName(uint32_t format) {
@@ -70,15 +86,29 @@ bool Texture::Load(Deserializer& reader) {
     }
     format.Set(newFormat);
     loadedFormat_ = newFormat;
-    const bool loaded = reader.Read("file", file_) ? LoadFile(reader) : LoadLevels(reader);
-    if (!loaded || reader.Failed()) {
+    return (reader.Read("file", file_) ? LoadFile(reader) : LoadLevels(reader) && CompressLoaded(reader)) &&
+           !reader.Failed();
+}
+
+bool Texture::CompressLoaded(Deserializer& reader) {
+    if (!compress_) {
+        return true;
+    }
+    const uint32_t plain = pixels.size;
+    // The converter works on a copy in 8-bit channels, and the result lies beside it.
+    MemoryClaim working(reader.Budget());
+    if (!working.Take(LevelBytes() + uint64_t{8} * static_cast<uint32_t>(width.Get()) *
+                                         static_cast<uint32_t>(height.Get()))) {
+        reader.Fail("compress", reader.Budget().Refusal("the compression"));
         return false;
     }
-    if (compress_ && !Compress()) {
-        reader.Fail("compress", "got the format " + std::string(kFormatNames[newFormat]) +
+    if (!Compress()) {
+        reader.Fail("compress", "got the format " + std::string(kFormatNames[loadedFormat_]) +
                                     ", expected one that can be compressed");
+        return false;
     }
-    return !reader.Failed();
+    reader.Budget().GiveBack(plain > pixels.size ? plain - pixels.size : 0);
+    return true;
 }
 
 bool Texture::LoadFile(Deserializer& reader) {
@@ -91,14 +121,15 @@ bool Texture::LoadFile(Deserializer& reader) {
         reader.Fail("mipmaps", "got both \"mipmaps\" and \"compress\", expected at most one of them");
         return false;
     }
-    Image image;
     const std::string path = reader.ResolvePath(file_);
-    const std::string error = ReadImage(path, image);
-    if (!error.empty()) {
+    PictureCache& pictures = reader.Pictures();
+    const std::string same = SameFile(path);
+    SizeT<int32_t> size;
+    std::string error;
+    if (!pictures.ReadSize(same, size, error)) {
         reader.Fail("file", path + ": " + error);
         return false;
     }
-    const SizeT<int32_t> size{static_cast<int32_t>(image.width), static_cast<int32_t>(image.height)};
     if (!LoadSizes(reader, size, size)) {
         return false;
     }
@@ -108,25 +139,77 @@ bool Texture::LoadFile(Deserializer& reader) {
                         std::to_string(size.height) + " pixels");
         return false;
     }
-    if (width.Get() != size.width || height.Get() != size.height) {
-        image = PadImage(image, static_cast<uint32_t>(width.Get()), static_cast<uint32_t>(height.Get()));
+    std::string key;
+    for (int32_t part : {width.Get(), height.Get(), static_cast<int32_t>(loadedFormat_), int32_t{mipmaps_},
+                         int32_t{compress_}}) {
+        key += std::to_string(part) + " ";
     }
-    return PackLevels(reader, std::move(image));
+    key += same;
+    if (Texture* twin = pictures.FindTexture(key)) {
+        return SharePixels(*twin) || FailAllocation(reader);
+    }
+    if (!PackFile(reader, same) || !CompressLoaded(reader)) {
+        return false;
+    }
+    pictures.AddTexture(key, *this);
+    return true;
 }
 
-bool Texture::PackLevels(Deserializer& reader, Image image) {
-    std::vector<uint8_t> bytes;
-    List<TextureLevel> table;
-    for (bool last = false; !last;) {
-        const auto offset = static_cast<uint32_t>(bytes.size());
-        PackPixels(image, format.Get(), bytes);
-        table.Append({image.width, image.height, offset, static_cast<uint32_t>(bytes.size()) - offset});
-        last = !mipmaps_ || (image.width == 1 && image.height == 1);
-        if (!last) {
-            image = HalveImage(image);
+bool Texture::PackFile(Deserializer& reader, std::string const& path) {
+    if (!reader.TakeMemory(nullptr, LevelBytes(), PixelsText())) {
+        return false;
+    }
+    std::string error;
+    const RefT<PictureCache::Picture> picture = reader.Pictures().Read(path, error);
+    if (!picture) {
+        reader.Fail("file", path + ": " + error);
+        return false;
+    }
+    const auto w = static_cast<uint32_t>(width.Get());
+    const auto h = static_cast<uint32_t>(height.Get());
+    if (!SizePixelStore(static_cast<uint32_t>(LevelBytes()))) {
+        return FailAllocation(reader);
+    }
+    if (!mipmaps_) {
+        PackPadded(picture->image, format.Get(), w, h, pixels.data);
+        return levels.Append({w, h, 0, pixels.size}) || FailAllocation(reader);
+    }
+    // The padded picture and a halved one.
+    MemoryClaim working(reader.Budget());
+    if (!working.Take(uint64_t{5} * w * h)) {
+        reader.Fail(nullptr, reader.Budget().Refusal(PixelsText() + " while they are halved"));
+        return false;
+    }
+    PackLevels(PadImage(picture->image, w, h));
+    return true;
+}
+
+uint64_t Texture::LevelBytes() const {
+    uint64_t bytes = 0;
+    for (uint32_t level = 0; level < kMostLevels; ++level) {
+        const uint32_t w = HalfSide(static_cast<uint32_t>(width.Get()), level);
+        const uint32_t h = HalfSide(static_cast<uint32_t>(height.Get()), level);
+        bytes += TextureDataSize(format.Get(), w, h);
+        if (!mipmaps_ || (w == 1 && h == 1)) {
+            break;
         }
     }
-    return TakePixels(reader, bytes, table);
+    return bytes;
+}
+
+std::string Texture::PixelsText() const {
+    return std::to_string(width.Get()) + "x" + std::to_string(height.Get()) + " pixels";
+}
+
+void Texture::PackLevels(Image image) {
+    uint32_t offset = 0;
+    for (bool last = false; !last; image = HalveImage(image)) {
+        const uint32_t size = TextureDataSize(format.Get(), image.width, image.height);
+        PackPadded(image, format.Get(), image.width, image.height, pixels.data + offset);
+        levels.Append({image.width, image.height, offset, size});
+        offset += size;
+        last = image.width == 1 && image.height == 1;
+    }
 }
 
 bool Texture::LoadSizes(Deserializer& reader, SizeT<int32_t> stored, SizeT<int32_t> used) {
@@ -199,6 +282,11 @@ bool Texture::LoadLevel(Deserializer& reader, uint32_t index, std::vector<uint8_
                                 " pixels");
         return false;
     }
+    // Twice: until all levels are there they lie beside the pixel store.
+    if (!reader.TakeMemory("data", uint64_t{2} * size,
+                           std::to_string(w) + "x" + std::to_string(h) + " pixels")) {
+        return false;
+    }
     table.Append({w, h, static_cast<uint32_t>(bytes.size()), size});
     bytes.insert(bytes.end(), data.begin(), data.end());
     return true;
@@ -207,10 +295,10 @@ bool Texture::LoadLevel(Deserializer& reader, uint32_t index, std::vector<uint8_
 bool Texture::TakePixels(Deserializer& reader, std::vector<uint8_t> const& bytes,
                          List<TextureLevel> const& table) {
     if (!SizePixelStore(static_cast<uint32_t>(bytes.size()))) {
-        reader.Fail(nullptr, "out of memory for " + std::to_string(bytes.size()) + " bytes");
-        return false;
+        return FailAllocation(reader);
     }
     std::memcpy(pixels.data, bytes.data(), bytes.size());
+    reader.Budget().GiveBack(bytes.size());
     levels = table;
     return true;
 }

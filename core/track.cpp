@@ -89,6 +89,10 @@ bool Track::LoadKey(Deserializer& reader) {
     if (!property_->LoadKey(reader, "value", range_, key.value)) {
         return false;
     }
+    // Twice: the table of keys grows by doubling.
+    if (!reader.TakeMemory(nullptr, 2 * sizeof(TrackKey), "a key")) {
+        return false;
+    }
     keys.push_back(std::move(key));
     return true;
 }

@@ -217,6 +217,10 @@ bool TransformNode::InternalLoad(Deserializer& reader) {
         reader.Fail("masks", "got " + std::to_string(masks) + " masks, expected at most 64");
         return false;
     }
+    constexpr uint64_t kMaskBytes = 48;
+    if (!reader.TakeMemory("masks", masks * kMaskBytes, "masks")) {
+        return false;
+    }
     for (uint32_t i = 0; i < masks; ++i) {
         AddMask(new Mask);
     }

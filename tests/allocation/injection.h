@@ -20,7 +20,8 @@ struct Command {
 
 class InjectionTest : public ToolTest {
   protected:
-    explicit InjectionTest(const std::string& program) : ToolTest(program) {}
+    // `noMemory` is the program's exit code for a lack of memory.
+    InjectionTest(const std::string& program, int noMemory) : ToolTest(program), noMemory_(noMemory) {}
     void SetUp() override;
 
     // Runs the command once as it is, then once for each place in the code that allocates and that no command
@@ -36,5 +37,6 @@ class InjectionTest : public ToolTest {
     ToolRun RunWith(const std::string& task, const Command& command) const;
     void Check(const Command& command, const ToolRun& run, const ToolRun& whole) const;
 
+    int noMemory_;
     std::set<std::uint64_t> tried_;
 };

@@ -7,7 +7,7 @@ namespace {
 
 class QonvertInjection : public InjectionTest {
   protected:
-    QonvertInjection() : InjectionTest(PROGRAM) {
+    QonvertInjection() : InjectionTest(PROGRAM, 4) {
         Write("a.png", NoiseFile("png", FMT_RGBA8888, 20, 12));
         Write("b.dds", NoiseFile("dds", FMT_RGB565, 9, 7));
         Write("c.ktx", NoiseFile("ktx", FMT_ETC1_RGB8, 20, 12));

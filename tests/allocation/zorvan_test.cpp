@@ -22,7 +22,7 @@ constexpr char kScene[] = R"({
 
 class ZorvanInjection : public InjectionTest {
   protected:
-    ZorvanInjection() : InjectionTest(PROGRAM) {
+    ZorvanInjection() : InjectionTest(PROGRAM, 6) {
         Write("scene.json", std::string_view(kScene));
         Write("old.png", std::string_view("old"));
         const Image pane{4, 4, std::vector<uint8_t>(64, 200)};

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "core/base64.h"
 #include "core/file_bytes.h"
 #include "tests/core/fake_backend.h"
@@ -27,8 +29,8 @@ Bytes Png(Image const& image) {
     return ReadFileBytes(folder / "image.png", 1 << 20).bytes;
 }
 
-// libjpeg's image of 20x10 pixels of the colour (200, 100, 50), with another width in its header.
-Bytes Jpeg(uint32_t width) {
+// libjpeg's image of 20x10 pixels of the colour (200, 100, 50), with another size in its header.
+Bytes Jpeg(uint32_t width, uint32_t height = 10) {
     Bytes bytes;
     EXPECT_TRUE(DecodeBase64(
         "/9j/2wBDAAIBAQEBAQIBAQECAgICAgQDAgICAgUEBAMEBgUGBgYFBgYGBwkIBgcJBwYGCAsICQoKCgoKBggLDAsK"
@@ -37,6 +39,8 @@ Bytes Jpeg(uint32_t width) {
         "AAAAAAAA/8QAFQEBAQAAAAAAAAAAAAAAAAAAAAj/xAAUEQEAAAAAAAAAAAAAAAAAAAAA/9oADAMBAAIRAxEAPwCe"
         "AldbAAD/2Q==",
         bytes));
+    bytes[0x91] = static_cast<uint8_t>(height >> 8);
+    bytes[0x92] = static_cast<uint8_t>(height);
     bytes[0x93] = static_cast<uint8_t>(width >> 8);
     bytes[0x94] = static_cast<uint8_t>(width);
     return bytes;
@@ -85,6 +89,23 @@ TEST(ImageFile, RefusesBrokenImages) {
     }
 }
 
+// A size is looked at before memory is taken for it: the file must have bytes for it.
+TEST(ImageFile, RefusesSizesThatAreNotInTheFile) {
+    Bytes png;  // 16384x4096 pixels of one bit, with one byte of them
+    ASSERT_TRUE(
+        DecodeBase64("iVBORw0KGgoAAAANSUhEUgAAQAAAABAAAQAAAACiZsSeAAAACUlEQVR4nGMAAAABAAFe/335AAAAAElFTkSu"
+                     "QmCC",
+                     png));
+    for (Bytes const& bytes : {png, Jpeg(16384, 4096)}) {
+        MemoryBudget budget(1);  // the file is looked at before the budget is asked
+        MemoryClaim claim(budget);
+        Image image;
+        EXPECT_EQ(DecodeImage(bytes, image, &claim),
+                  "got " + std::to_string(bytes.size()) +
+                      " bytes in the file, expected data for 16384x4096 pixels");
+    }
+}
+
 class TextureFileTest : public testing::Test {
   protected:
     void SetUp() override { ASSERT_EQ(WritePng(path_, Gradient(3, 2)), ""); }
@@ -129,6 +150,80 @@ TEST_F(TextureFileTest, PadsConvertsAndFilters) {
         backend.registry));
     EXPECT_EQ(scene.Error(),
               "<memory>:1:53: /textures/0/height: got less than the image, expected at least 3x2 pixels");
+}
+
+class SharedPicture : public testing::Test {
+  protected:
+    void SetUp() override {
+        for (char const* name : {"a.png", "b.png"}) {
+            ASSERT_EQ(WritePng(folder_ / name, Gradient(3, 2)), "");
+        }
+    }
+    // A scene with textures of these members, and with a sprite for each where they are shown.
+    bool Load(std::vector<std::string> const& textures, uint64_t limit, bool shown = false) {
+        std::string entries, sprites;
+        for (size_t i = 0; i < textures.size(); ++i) {
+            const std::string name = "\"t" + std::to_string(i) + "\"", comma = i == 0 ? "" : ", ";
+            entries += comma + "{\"name\": " + name + ", " + textures[i] + "}";
+            sprites += shown ? comma + "{\"class\": \"Sprite\", \"texture\": " + name + "}" : "";
+        }
+        std::ofstream(folder_ / "scene.json") << "{\"version\": 1, \"textures\": [" << entries
+                                              << "], \"root\": {\"children\": [" << sprites << "]}}";
+        scene.SetMemoryLimit(limit);
+        return scene.Load(folder_ / "scene.json", backend.registry);
+    }
+    uint8_t const* Pixels(size_t i) { return scene.textures[i]->pixels.data; }
+
+    TempFolder folder_;
+    FakeBackend backend;
+    Scene scene;
+};
+
+TEST_F(SharedPicture, IsKeptOnceForTheSamePixels) {
+    const std::string a = R"("file": "a.png")",
+                      same =
+                          R"("file": "../)" + folder_.Path().filename().string() + R"(/a.png", "width": 3)";
+    ASSERT_TRUE(
+        Load({a, same, R"("file": "b.png")", a + R"(, "format": "rgb565")", a + R"(, "mipmaps": true)",
+              a + R"(, "width": 4)", a + R"(, "compress": true)", a + R"(, "compress": true)"},
+             1 << 20))
+        << scene.Error();
+    EXPECT_EQ(Pixels(0), Pixels(1));
+    EXPECT_EQ(Pixels(6), Pixels(7));
+    EXPECT_EQ(scene.textures[7]->format.Get(), TextureFormat::AtcRgbaExplicitAlpha);
+    EXPECT_EQ(scene.textures[7]->levels[0], scene.textures[6]->levels[0]);
+    for (size_t i : {2, 3, 4, 5, 6}) {
+        EXPECT_NE(Pixels(0), Pixels(i)) << i;
+    }
+    // One that is changed, and one that gives its pixels to the device, leave the other's.
+    Texture& second = *scene.textures[1];
+    ASSERT_TRUE(second.OwnPixels());
+    second.pixels.data[0] ^= 0xFF;
+    EXPECT_EQ(Pixels(0)[0], second.pixels.data[0] ^ 0xFF);
+    scene.textures[7]->ReleasePixelStore();
+    EXPECT_EQ(scene.textures[6]->pixels.size, 16u);
+}
+
+// Of 256 KiB each; the limit has room for one, and for its padding while it is made.
+TEST_F(SharedPicture, CountsInTheMemoryLimitOnceAndOnTheDeviceEachTime) {
+    std::vector<std::string> equal(9, R"("file": "a.png", "width": 256, "height": 256)"), different = equal;
+    for (size_t i = 0; i < different.size(); ++i) {
+        different[i] = R"("file": "a.png", "width": 256, "height": )" + std::to_string(256 - i);
+    }
+    constexpr uint64_t kLimit = 1 << 20;
+    EXPECT_TRUE(Load(equal, kLimit)) << scene.Error();
+    const struct {
+        std::vector<std::string> const& textures;
+        bool shown;
+        char const* error;
+    } rows[] = {{different, false, "/textures/3: got 259072 bytes for 256x253 pixels"},
+                {equal, true, "/root/children/4/texture: got 262144 bytes for a texture on the device"}};
+    for (auto const& row : rows) {
+        EXPECT_FALSE(Load(row.textures, kLimit, row.shown));
+        EXPECT_TRUE(scene.IsMemoryError());
+        EXPECT_NE(scene.Error().find(row.error), std::string::npos) << scene.Error();
+    }
+    EXPECT_TRUE(Load(different, 4 * kLimit, true)) << scene.Error();
 }
 
 }  // namespace

@@ -216,5 +216,34 @@ TEST(FontTables, GlyphsAndKerningOfTheOwner) {
     EXPECT_EQ(draw(), Fix(3));
 }
 
+// Glyphs count before they stand on their pages, and those that come later count as well.
+TEST_F(FontTest, KeepsToTheMemoryLimit) {
+    const auto scene = [&](Scene& loaded, char const* characters, uint64_t limit) {
+        loaded.SetMemoryLimit(limit);
+        return loaded.Parse(std::string(R"({"version": 1, "fonts": [{"name": "f", "size": 400, "file": ")") +
+                                kDejaVu + R"(", "characters": ")" + characters + R"("}], "root": {}})",
+                            backend.registry);
+    };
+    constexpr uint64_t kFile = 800'000, kAscii = 30'000'000;  // more than enough
+    Scene loaded;
+    EXPECT_FALSE(scene(loaded, "", kFile / 2));
+    EXPECT_NE(loaded.Error().find("bytes for the file beside"), std::string::npos) << loaded.Error();
+    EXPECT_FALSE(scene(loaded, "", kFile + kAscii / 4));
+    EXPECT_TRUE(loaded.IsMemoryError());
+    EXPECT_NE(loaded.Error().find("for the glyph of U+00"), std::string::npos) << loaded.Error();
+    ASSERT_TRUE(scene(loaded, "", kFile + kAscii)) << loaded.Error();
+    Font& font = *loaded.fonts[0];
+    const uint32_t pages = font.PageCount();
+    std::wstring all;
+    for (wchar_t c = 0xA1; c < 0x400; ++c) {
+        all += c;
+    }
+    std::string error;
+    EXPECT_FALSE(font.AddCharacters(all, error));
+    EXPECT_NE(error.find("the memory limit"), std::string::npos) << error;
+    font.Measure(MStringT<wchar_t>(all), {});
+    EXPECT_LT(font.PageCount() - pages, 8u);
+}
+
 }  // namespace
 }  // namespace zorvan::test

@@ -45,6 +45,16 @@ const FailureRow kRows[] = {
     {"render scene.json no/a.png", 2, "no/a.png: cannot write: there is no folder 'no'"},
     {"render scene.json no/a.webm", 2, "no/a.webm: cannot write: there is no folder 'no'"},
     {"info lost.json", 3, "lost.json:1:51: /textures/0/file: no.png: No such file or directory"},
+    // Memory.
+    {"info scene.json --memory-limit 0", 1,
+     "--memory-limit: got '0', expected a number of bytes, or one with K, M or G behind it, such as 512M" +
+         kHelp},
+    {"info big.json --memory-limit 64K", 6,
+     "big.json: got 90000 bytes for the text beside 0 taken before, expected at most 65536 together (the "
+     "memory "
+     "limit)"},
+    {"render scene.json a.png --memory-limit 2M --supersample 2", 6,
+     "surface: got 3145728 bytes for 512x512 pixels, expected at most 2097152 (the memory limit)"},
     // Plug-ins.
     {"render scene.json a.png --plugin no.so", 2, "no.so: no such plug-in; name one with --plugin PATH"},
     {"info scene.json --plugin text.so", 3, "text.so: expected a plug-in library: ..."},
@@ -95,6 +105,7 @@ TEST_F(Failures, AreOneLineAndNoFile) {
     setenv("DISPLAY", ":54321", 1);
     setenv("SDL_VIDEODRIVER", "x11", 1);
     WriteText("cut.json", "{");
+    WriteText("big.json", std::string(30000, ' '));
     WriteText("text.so", "not a library");
     WriteText("lost.json", R"({"version": 1, "textures": [{"name": "t", "file": "no.png"}], "root": {}})");
     std::filesystem::create_symlink(ZORVAN_CORE_LIBRARY, Path("core.so"));

@@ -27,8 +27,7 @@ constexpr char const* kFooter =
     "Needs neither EGL nor GL.";
 
 struct InfoOptions {
-    std::string scene;
-    std::string plugin;
+    SceneSource source;
     uint32_t children = 12;
     bool json = false;
 };
@@ -94,7 +93,7 @@ Json TextureAsJson(Texture const& texture) {
 
 void PrintJson(InfoOptions const& options, LoadedScene& loaded, Census const& census) {
     Scene& scene = loaded.GetScene();
-    Json json = {{"scene", options.scene},
+    Json json = {{"scene", options.source.scene},
                  {"counts",
                   {{"nodes", census.nodes},
                    {"groups", census.groups},
@@ -150,7 +149,7 @@ void PrintTree(Node& node, std::string const& margin, uint32_t mostChildren) {
 
 void PrintText(InfoOptions const& options, LoadedScene& loaded, Census const& census) {
     Scene& scene = loaded.GetScene();
-    std::printf("%s\n", tools::Printable(options.scene).c_str());
+    std::printf("%s\n", tools::Printable(options.source.scene).c_str());
     std::printf(
         "%u nodes, %u deep: %u sprites, %u texts, %u timelines with %u tracks, %u cameras, %u groups\n",
         census.nodes, census.depth, census.sprites, census.texts, census.timelines, census.tracks,
@@ -171,7 +170,7 @@ void PrintText(InfoOptions const& options, LoadedScene& loaded, Census const& ce
 }
 
 Status Info(InfoOptions const& options) try {
-    Result<std::unique_ptr<LoadedScene>> loaded = LoadedScene::Open(options.scene, options.plugin);
+    Result<std::unique_ptr<LoadedScene>> loaded = LoadedScene::Open(options.source);
     if (!loaded) {
         return loaded.GetFailure();
     }
@@ -179,7 +178,7 @@ Status Info(InfoOptions const& options) try {
     (options.json ? PrintJson : PrintText)(options, **loaded, census);
     return std::nullopt;
 } catch (std::bad_alloc const&) {
-    return NoMemoryFor(options.scene);
+    return NoMemoryFor(options.source.scene);
 }
 
 }  // namespace
@@ -187,11 +186,10 @@ Status Info(InfoOptions const& options) try {
 Verb AddInfoVerb(CLI::App& program) {
     CLI::App* command = program.add_subcommand("info", "Tells what is in a scene file");
     auto options = std::make_shared<InfoOptions>();
-    command->add_option("SCENE", options->scene, "Scene file (JSON)")->required();
+    command->add_option("SCENE", options->source.scene, "Scene file (JSON)")->required();
     command->add_option("--children", options->children,
                         "Show at most this many children of each node; default 12");
-    command->add_option("--plugin", options->plugin,
-                        "The graphics plug-in; default: the one beside this program");
+    options->source.AddSourceOptions(*command);
     command->add_flag("--json", options->json, "Print everything as JSON");
     command->footer(kFooter);
     return {command, [options] { return Info(*options); }};

@@ -1,5 +1,6 @@
 #include "tools/zorvan/loaded_scene.h"
 
+#include <CLI/CLI.hpp>
 #include <utility>
 
 #include "core/out_of_memory.h"
@@ -7,8 +8,18 @@
 
 namespace zorvan::tool {
 
-Result<std::unique_ptr<LoadedScene>> LoadedScene::Open(std::string const& file, std::string const& plugin) {
-    Result<std::unique_ptr<Plugin>> library = Plugin::Load(plugin);
+void SceneSource::AddSourceOptions(CLI::App& app) {
+    app.add_option("--plugin", plugin, "The graphics plug-in; default: the one beside this program");
+    AddValue(app, "--memory-limit", memoryLimit,
+             "SIZE such as 512M or 2G: what the scene may take; default: a quarter of the free memory");
+}
+
+uint64_t SceneSource::MemoryLimit() const {
+    return memoryLimit ? memoryLimit->bytes : MemoryBudget::DefaultLimit();
+}
+
+Result<std::unique_ptr<LoadedScene>> LoadedScene::Open(SceneSource const& source) {
+    Result<std::unique_ptr<Plugin>> library = Plugin::Load(source.plugin);
     if (!library) {
         return library.GetFailure();
     }
@@ -22,7 +33,8 @@ Result<std::unique_ptr<LoadedScene>> LoadedScene::Open(std::string const& file, 
         return NoMemoryFor(loaded->plugin_->GetPath());
     }
     loaded->scene_ = std::make_unique<Scene>();
-    if (Status failure = loaded->Replace(file)) {
+    loaded->scene_->SetMemoryLimit(source.MemoryLimit());
+    if (Status failure = loaded->Replace(source.scene)) {
         return *failure;
     }
     return loaded;
@@ -30,7 +42,7 @@ Result<std::unique_ptr<LoadedScene>> LoadedScene::Open(std::string const& file, 
 
 Status LoadedScene::Replace(std::string const& file) {
     if (!scene_->Load(file, *registry_)) {
-        const ExitCode code = scene_->IsMemoryError() ? ExitCode::Runtime
+        const ExitCode code = scene_->IsMemoryError() ? ExitCode::Memory
                               : scene_->IsFileError() ? ExitCode::Io
                                                       : ExitCode::BadFile;
         return Failure{code, scene_->Error()};

@@ -8,14 +8,27 @@
 #include "core/scene.h"
 #include "tools/zorvan/plugin.h"
 #include "tools/zorvan/result.h"
+#include "tools/zorvan/values.h"
 
 namespace zorvan::tool {
+
+// Where a scene and the classes of its objects come from, and how much memory it may take.
+struct SceneSource {
+    std::string scene;   // path of the scene file
+    std::string plugin;  // path of the plug-in; empty for the default
+    std::optional<MemorySize> memoryLimit;
+
+    // Adds the options for plug-in and limit.
+    void AddSourceOptions(CLI::App& app);
+    // In bytes, the default where nothing is given.
+    uint64_t MemoryLimit() const;
+};
 
 // A scene as loaded, without any surface.
 class LoadedScene {
   public:
     // Loads the plug-in, registers its classes and loads the scene file.
-    static Result<std::unique_ptr<LoadedScene>> Open(std::string const& file, std::string const& plugin);
+    static Result<std::unique_ptr<LoadedScene>> Open(SceneSource const& source);
     // Loads a scene file in place of the present one, which stays when that fails.
     Status Replace(std::string const& file);
 

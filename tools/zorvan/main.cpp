@@ -25,7 +25,7 @@ using zorvan::tool::Verb;
 
 // Before the objects that libraries' headers define here, which take memory.
 [[gnu::constructor(101)]] void BeforeAllElse() {
-    tools::EndOnBadAlloc("zorvan: out of memory\n", static_cast<int>(ExitCode::Runtime));
+    tools::EndOnBadAlloc("zorvan: out of memory\n", static_cast<int>(ExitCode::Memory));
 }
 
 // Also where the back end does without what it could not make.
@@ -63,7 +63,8 @@ int Run(int argc, char** argv) {
     program.require_subcommand(1);
     program.footer(
         "Exit codes: 0 done, 1 wrong options, 2 file not readable or writable, 3 bad file,\n"
-        "            4 EGL, GL, plug-in or memory failed, 5 not supported on this machine.\n"
+        "            4 EGL, GL or plug-in failed, 5 not supported on this machine,\n"
+        "            6 does not fit into the memory limit, or into memory.\n"
         "zorvan VERB --help explains each verb, with examples.");
     const Verb verbs[] = {zorvan::tool::AddRenderVerb(program), zorvan::tool::AddViewVerb(program),
                           zorvan::tool::AddInfoVerb(program), zorvan::tool::AddBenchVerb(program)};
@@ -112,7 +113,7 @@ int main(int argc, char** argv) {
     try {
         code = Run(argc, argv);
     } catch (std::bad_alloc const&) {
-        code = Report(ExitCode::Runtime, "out of memory");
+        code = Report(ExitCode::Memory, "out of memory");
     } catch (std::exception const& error) {
         code = Report(ExitCode::Runtime, error.what());
     }

@@ -14,8 +14,9 @@ enum class ExitCode : int {
     Usage = 1,        // wrong options
     Io = 2,           // a file is missing, unreadable or cannot be written
     BadFile = 3,      // a file holds something else than it should
-    Runtime = 4,      // the plug-in, EGL or GL failed, or memory lacked
+    Runtime = 4,      // the plug-in, EGL or GL failed
     Unsupported = 5,  // this machine's EGL or GL cannot do what was asked for
+    Memory = 6,       // something does not fit into the memory limit, or into memory
 };
 
 // One failure: the exit code, and one line without the program's name and the line end.
@@ -26,7 +27,7 @@ struct Failure {
 
 // The program did not get the memory that it needs for a file.
 inline Failure NoMemoryFor(std::string const& file) {
-    return {ExitCode::Runtime, file + ": out of memory"};
+    return {ExitCode::Memory, file + ": out of memory"};
 }
 
 // Nothing on success.

@@ -41,6 +41,19 @@ void ClearGlErrors() {
     }
 }
 
+// Colour, depth and a picture that is read back must fit into a limit of their own.
+Status CheckSurface(PixelSize const& size, uint64_t limit) {
+    constexpr uint64_t kBytesPerPixel = 4 + 4 + 4;
+    const uint64_t bytes =
+        kBytesPerPixel * static_cast<uint64_t>(size.width) * static_cast<uint64_t>(size.height);
+    if (bytes <= limit) {
+        return std::nullopt;
+    }
+    return Failure{ExitCode::Memory, "surface: got " + std::to_string(bytes) + " bytes for " + ToText(size) +
+                                         " pixels, expected at most " + std::to_string(limit) +
+                                         " (the memory limit)"};
+}
+
 // Averages squares of factor x factor pixels.
 Image Shrink(Image image, uint32_t factor) {
     if (factor == 1) {
@@ -79,11 +92,11 @@ void StageOptions::AddToViewer(CLI::App& app) {
              "WIDTHxHEIGHT of the screen-space camera, or none; default: the scene's own, or none");
     app.add_flag("--decode-atitc", decodeAtitc,
                  "Unpack ATITC textures before GL gets them, for drivers that do not know them");
-    app.add_option("--plugin", plugin, "The graphics plug-in; default: the one beside this program");
+    AddSourceOptions(app);
 }
 
 Result<std::unique_ptr<Stage>> Stage::Open(StageOptions const& options, ContextMaker const& makeContext) {
-    Result<std::unique_ptr<LoadedScene>> loaded = LoadedScene::Open(options.scene, options.plugin);
+    Result<std::unique_ptr<LoadedScene>> loaded = LoadedScene::Open(options);
     if (!loaded) {
         return loaded.GetFailure();
     }
@@ -112,8 +125,11 @@ Status Stage::Prepare(ContextMaker const& makeContext) {
     supersample_ = options_.supersample;
     const bool hasSize = scene.size.width > 0 && scene.size.height > 0;
     size_ = options_.size.value_or(hasSize ? PixelSize{scene.size.width, scene.size.height} : kDefaultSize);
-    Result<std::unique_ptr<GlContext>> context =
-        makeContext(options_.surface, {size_.width * supersample_, size_.height * supersample_});
+    const PixelSize surface = {size_.width * supersample_, size_.height * supersample_};
+    if (Status failure = CheckSurface(surface, options_.MemoryLimit())) {
+        return failure;
+    }
+    Result<std::unique_ptr<GlContext>> context = makeContext(options_.surface, surface);
     if (!context) {
         return context.GetFailure();
     }

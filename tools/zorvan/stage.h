@@ -20,9 +20,7 @@ class App;
 
 namespace zorvan::tool {
 
-struct StageOptions {
-    std::string scene;   // path of the scene file
-    std::string plugin;  // path of the plug-in; empty for the default
+struct StageOptions : SceneSource {
     // What is left empty comes from the scene file, and 640x480 where it says no size.
     std::optional<PixelSize> size;
     std::optional<ColorT<RealFixed>> background;

@@ -161,6 +161,25 @@ bool ParseValue(std::string const& text, RectangleT<int>& value) {
     return true;
 }
 
+bool ParseValue(std::string const& text, MemorySize& value) {
+    constexpr std::string_view kUnits = "KMG";
+    std::string_view digits = text;
+    uint64_t unit = 1;
+    if (const size_t power = digits.empty() ? std::string_view::npos : kUnits.find(digits.back());
+        power != std::string_view::npos) {
+        digits.remove_suffix(1);
+        unit <<= 10 * (power + 1);
+    }
+    uint64_t count = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), count);
+    if (error != std::errc{} || end != digits.data() + digits.size() || count == 0 ||
+        count > UINT64_MAX / unit) {
+        return false;
+    }
+    value.bytes = count * unit;
+    return true;
+}
+
 char const* Expected(PixelSize const&) {
     return "WIDTHxHEIGHT in pixels, each 1 to 16384";
 }
@@ -188,6 +207,9 @@ char const* Expected(RealFixed const&) {
 char const* Expected(RectangleT<int> const&) {
     return "X,Y,WIDTHxHEIGHT in pixels from the top left";
 }
+char const* Expected(MemorySize const&) {
+    return "a number of bytes, or one with K, M or G behind it, such as 512M";
+}
 
 std::string ToText(PixelSize const& size) {
     return std::to_string(size.width) + "x" + std::to_string(size.height);
@@ -208,6 +230,7 @@ template CLI::Option* AddValue(CLI::App&, std::string const&, FrameRange&, std::
 template CLI::Option* AddValue(CLI::App&, std::string const&, SurfaceFormat&, std::string const&);
 template CLI::Option* AddValue(CLI::App&, std::string const&, RealFixed&, std::string const&);
 template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<PixelSize>&, std::string const&);
+template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<MemorySize>&, std::string const&);
 template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<Camera2D>&, std::string const&);
 template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<SheetGrid>&, std::string const&);
 template CLI::Option* AddValue(CLI::App&, std::string const&, std::optional<RectangleT<int>>&,

@@ -46,6 +46,11 @@ struct SheetGrid {
 };
 inline constexpr uint32_t kMostSheetCells = 100;  // in each direction
 
+// Bytes of memory.
+struct MemorySize {
+    uint64_t bytes = 0;
+};
+
 // Layout of frames on standard output.
 enum class RawFormat { Rgba, Y4m };
 
@@ -59,6 +64,7 @@ bool ParseValue(std::string const& text, RawFormat& value);          // "rgba", 
 bool ParseValue(std::string const& text, ColorT<RealFixed>& value);  // "#rrggbb" or "#rrggbbaa"
 bool ParseValue(std::string const& text, RealFixed& value);          // decimal number of 16.16
 bool ParseValue(std::string const& text, RectangleT<int>& value);    // "10,20,300x200"
+bool ParseValue(std::string const& text, MemorySize& value);         // "512M", "2G"
 
 // What a user should have written, for messages.
 char const* Expected(PixelSize const&);
@@ -70,6 +76,7 @@ char const* Expected(RawFormat const&);
 char const* Expected(ColorT<RealFixed> const&);
 char const* Expected(RealFixed const&);
 char const* Expected(RectangleT<int> const&);
+char const* Expected(MemorySize const&);
 
 // "640x480"
 std::string ToText(PixelSize const& size);
