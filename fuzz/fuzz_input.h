@@ -1,11 +1,14 @@
 // Reads a fuzzer's input piece by piece; past its end everything is 0.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
+#include <string_view>
 
 namespace zorvan::fuzz {
 
@@ -35,12 +38,23 @@ class FuzzInput {
     // An allocation of exactly size bytes, filled with the rest of the input over and over.
     std::unique_ptr<uint8_t[]> Fill(size_t size) const {
         auto bytes = std::make_unique<uint8_t[]>(size);
-        const size_t rest = size_ - position_;
-        for (size_t i = 0; i < size && rest > 0; ++i) {
-            bytes[i] = data_[position_ + i % rest];
-        }
+        Fill(bytes.get(), size);
         return bytes;
     }
+
+    // The same in the caller's memory; without a rest of the input it is left as it is.
+    void Fill(uint8_t* bytes, size_t size) const {
+        const size_t rest = size_ - position_;
+        for (size_t done = 0; done < size && rest > 0; done += rest) {
+            std::memcpy(bytes + done, data_ + position_, std::min(rest, size - done));
+        }
+    }
+
+    // What is left of the input.
+    std::string_view Rest() const {
+        return {reinterpret_cast<char const*>(data_) + position_, size_ - position_};
+    }
+    bool AtEnd() const { return position_ == size_; }
 
   private:
     const uint8_t* data_;

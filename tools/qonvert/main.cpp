@@ -7,10 +7,10 @@
 #include <new>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <vector>
 
 #include "texfile/unfinished.h"
 #include "tools/common/out_of_memory.h"
+#include "tools/qonvert/command_words.h"
 #include "tools/qonvert/verbs.h"
 
 namespace {
@@ -28,27 +28,6 @@ ExitCode Fail(const Session& session, ExitCode code, const std::string& message)
     }
     session.Warn(message);
     return code;
-}
-
-bool IsNumber(const std::string& word) {
-    return !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
-}
-
-// "--mips" must not take a file behind it for its value. CLI11 wants the words in reverse.
-std::vector<std::string> Words(int argc, char** argv) {
-    std::vector<std::string> words;
-    for (int i = argc - 1; i > 0; --i) {
-        std::string word = argv[i];
-        if (word == "--mips" || word == "-m") {
-            const bool counted = !words.empty() && IsNumber(words.back());
-            word = "--mips=" + (counted ? words.back() : "all");
-            if (counted) {
-                words.pop_back();
-            }
-        }
-        words.push_back(word);
-    }
-    return words;
 }
 
 // The first word names a verb, or asks about the program.
@@ -85,7 +64,7 @@ ExitCode Run(int argc, char** argv, Session& session) {
     AddFormatsVerb(program, session);
     CheckVerb(program, argc, argv);
     try {
-        program.parse(Words(argc, argv));
+        program.parse(CommandWords({argv + 1, argv + argc}));
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) {
             program.exit(error);

@@ -210,7 +210,7 @@ Verb AddRenderVerb(CLI::App& program) {
     command->add_flag("--json", options->json, "Print statistics as JSON");
     command->add_flag("--gl-info", options->glInfo, "Tell which EGL, GL and plug-in are at work");
     command->footer(kFooter);
-    return {command, [options] { return Render(*options); }};
+    return {command, [options] { return Render(*options); }, [options] { return CheckOptions(*options); }};
 }
 
 }  // namespace zorvan::tool

@@ -14,6 +14,8 @@ namespace zorvan::tool {
 struct Verb {
     CLI::App* command;  // owned by the program's command line
     std::function<Status()> run;
+    // Whether the options fit together, before anything is opened; `run` asks first. May be empty.
+    std::function<Status()> check = {};
 };
 
 // zorvan render SCENE OUT: frames of a scene into PNG files, a film or a stream.
