@@ -2,6 +2,7 @@
 // buffers lie between guard pages and have the bytes that the interface names; formats, flags, orders and
 // capacities may be wrong, and then nothing may have changed.
 #include <bit>
+#include <utility>
 #include <vector>
 
 #include "fuzz/fuzz_input.h"
@@ -184,6 +185,20 @@ void EncodeWithoutHeader(FuzzInput& input) {
     Require(written == (status == TXC_OK ? asked : capacity));
 }
 
+// The size that the encoders with a header tell, and the bytes that they need: a side from 2^31 on is a
+// negative one to them, which has no blocks.
+std::pair<uint32_t, uint64_t> NeededWithHeader(const Encoding& encoding) {
+    const auto& [source, flags, format, pixels] = encoding;
+    const auto visited = [](uint32_t side) { return side < 0x80000000 ? side : 0; };
+    uint32_t asked = 0;
+    ATI_TC_EncodeImage_Seperate_Header(pixels, source.masks[0], source.masks[1], source.masks[2],
+                                       source.masks[3], source.width, source.height, source.pitch, flags,
+                                       format, nullptr, nullptr, &asked);
+    const uint64_t blocks =
+        ImageBytes(visited(source.width), visited(source.height), BlockBytes(format, flags));
+    return {asked, std::max<uint64_t>(asked, blocks)};
+}
+
 void EncodeWithHeader(FuzzInput& input) {
     Encoding encoding;
     uint64_t needed = 0;
@@ -191,21 +206,22 @@ void EncodeWithHeader(FuzzInput& input) {
         return;
     }
     const auto& [source, flags, format, pixels] = encoding;
+    const auto [asked, room] = NeededWithHeader(encoding);
     const auto encode =
         input.Byte() % 2 == 0 ? ATI_TC_EncodeImage_Seperate_Header : ATI_TC_EncodeImageFast_Seperate_Header;
     const bool query = Seldom(input);
-    const uint32_t capacity = Capacity(input, needed);
+    const uint32_t capacity = Capacity(input, room);
     const Destination destination(input, capacity);
     _ATITC_HEADER header{1, 2, 3, 4, 5};
     uint32_t word = capacity;
     const uint32_t status = encode(pixels, source.masks[0], source.masks[1], source.masks[2], source.masks[3],
                                    source.width, source.height, source.pitch, flags, format, &header,
                                    query ? nullptr : destination.bytes, &word);
-    const uint32_t expected = ExpectedOfEncoding(encoding, IsAtc(format), query ? 0 : needed, capacity);
+    const uint32_t expected = ExpectedOfEncoding(encoding, IsAtc(format), query ? 0 : room, capacity);
     destination.Judge(status, expected);
     if (query) {
         Require(destination.IsUntouched() && header.nFormat == 1);
-        Require(word == (status == TXC_OK ? static_cast<uint32_t>(needed) : capacity));
+        Require(word == (status == TXC_OK ? asked : capacity));
     } else {
         Require(word == capacity && header.nDataOffset == (expected == TXC_OK ? kHeaderBytes : 5));
     }
@@ -219,7 +235,8 @@ void EncodeIntoOneBuffer(FuzzInput& input) {
         return;
     }
     const auto& [source, flags, format, pixels] = encoding;
-    const uint32_t capacity = std::min<uint32_t>(Capacity(input, needed), kLargestBuffer - kHeaderBytes);
+    const uint64_t room = NeededWithHeader(encoding).second;
+    const uint32_t capacity = std::min<uint32_t>(Capacity(input, room), kLargestBuffer - kHeaderBytes);
     const Destination destination(input, capacity + kHeaderBytes);
     std::array<uint32_t, 21> words{};
     words[0] = capacity;
@@ -227,7 +244,7 @@ void EncodeIntoOneBuffer(FuzzInput& input) {
     const uint32_t status = ATI_TC_EncodeImage(pixels, source.masks[0], source.masks[1], source.masks[2],
                                                source.masks[3], source.width, source.height, source.pitch,
                                                flags, format, destination.bytes, &words[20]);
-    destination.Judge(status, ExpectedOfEncoding(encoding, IsAtc(format), needed, capacity));
+    destination.Judge(status, ExpectedOfEncoding(encoding, IsAtc(format), room, capacity));
     Require(words[0] == capacity + kHeaderBytes && words[20] == 77);
 }
 

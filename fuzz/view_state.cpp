@@ -81,6 +81,7 @@ void RequireShowable(ViewState const& state) {
 extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     FuzzInput input(data, size);
     ViewState state;
+    state.SetScene({30, 0, {true, {RealFixed::FromInt(641), RealFixed::FromInt(481)}}});
     while (!input.AtEnd()) {
         Act(input, state);
         RequireShowable(state);
