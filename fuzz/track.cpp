@@ -216,14 +216,21 @@ std::vector<RealFixed> NumbersOf(PropertyBase* property) {
     return {};
 }
 
+// On a key, between two, or anywhere.
+RealFixed FrameFor(FuzzInput& input, std::vector<TrackKey> const& keys) {
+    const uint32_t choice = input.Byte();
+    const RealFixed key = keys[choice % keys.size()].frame;
+    if (choice < 64) {
+        return key;
+    }
+    const auto raw = static_cast<int32_t>(input.Word());
+    return RealFixed::FromRaw(choice < 224 ? key.raw - (raw & 0xFFFFF) : raw);
+}
+
 void RequireBetweenKeys(Track track, Timeline& root, FuzzInput& input) {
     PropertyBase* property = TargetOf(track, root).GetProperties().Find(track.propertyName);
     for (int i = 0; i < 4; ++i) {
-        // Also backwards, and on a key itself.
-        const uint32_t choice = input.Byte();
-        const RealFixed frame = choice < 128 ? track.keys[choice % track.keys.size()].frame
-                                             : RealFixed::FromRaw(static_cast<int32_t>(input.Word()));
-        track.Apply(frame);
+        track.Apply(FrameFor(input, track.keys));
         const std::vector<RealFixed> numbers = NumbersOf(property);
         for (size_t part = 0; part < numbers.size(); ++part) {
             const auto less = [part](TrackKey const& a, TrackKey const& b) {

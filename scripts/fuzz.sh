@@ -43,6 +43,8 @@ done
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+# Targets run in the background and would not hear of it.
+trap 'trap "" TERM; kill 0; exit 130' INT
 mkdir -p "$artifacts"
 
 # The number behind the last NAME: of a log, or a dash.

@@ -15,6 +15,7 @@ constexpr char const* kQonvertLines[] = {
     "convert @list.txt -o out -f etc1_rgb8 -s 16x16 --filter point -m 3 -k -r --overwrite",
     "convert @list.txt folder --assign-origin bottom-left --fast --ktx-amd-tokens --png16 --json",
     "convert a.png b.png --assign-origin top-left --normal-map diagonal --strength=-0.5 -j0",
+    "convert a.png b.dds -j 4000000000 --scale 1000%",
     "convert -- -m -j --dds-names",
     "info leaf.ktx --json",
     "info - --raw 4x4:A8",
