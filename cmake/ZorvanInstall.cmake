@@ -26,13 +26,25 @@ configure_file(cmake/zorvan.pc.in ${PROJECT_BINARY_DIR}/zorvan.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zorvan.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT texture)
 
-# The plug-in finds the core beside itself.
-set_target_properties(zorvanGraphics_alpha PROPERTIES INSTALL_RPATH "$ORIGIN")
+# Gives a program or library that is installed its run path, in the build tree already: where the two differ, CMake
+# exchanges them when installing and pads the first with colons for that, and the loader takes an empty element for
+# the current folder. Libraries from outside the system's folders are found where they were linked.
+function(zorvan_run_path name)
+  set_target_properties(${name} PROPERTIES
+    INSTALL_RPATH "${ARGN}" BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH_USE_LINK_PATH ON)
+endfunction()
+
+# The plug-in finds the core beside itself; zorvan finds the core by this path, in the build tree beside itself, and
+# the plug-in beside the core. The others need none of ours.
 install(TARGETS zorvan_alpha zorvanGraphics_alpha LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT engine)
-# zorvan finds the core by this path and the plug-in beside the core.
-foreach(tool IN ITEMS qonvert zorvan)
-  if(TARGET ${tool})
-    set_target_properties(${tool} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-    install(TARGETS ${tool} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-  endif()
-endforeach()
+zorvan_run_path(zorvan_alpha)
+zorvan_run_path(zorvanGraphics_alpha $ORIGIN)
+if(TARGET zorvan)
+  file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+  install(TARGETS zorvan RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  zorvan_run_path(zorvan $ORIGIN $ORIGIN/${libraries})
+endif()
+if(TARGET qonvert)
+  install(TARGETS qonvert RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  zorvan_run_path(qonvert)
+endif()
