@@ -7,7 +7,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   # False alarms on the concatenation of a literal and a string.
   list(APPEND zorvan_compile_flags -Wno-restrict)
 endif()
-if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(i.86|x86)$")
+# Also where a 64-bit machine compiles for its 32-bit relative (-m32).
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(i.86|x86|x86_64|AMD64)$" AND CMAKE_SIZEOF_VOID_P EQUAL 4)
   list(APPEND zorvan_compile_flags -msse2 -mfpmath=sse)
 endif()
 if(ZORVAN_WERROR)
@@ -20,9 +21,12 @@ if(ZORVAN_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
-# Applies the project's warnings and floating-point rules to one target.
+# Applies the project's warnings, floating-point rules and protection to one target. Its run path in the build tree
+# starts from the file itself, so that the tree can be moved.
 function(zorvan_target name)
-  target_compile_options(${name} PRIVATE ${zorvan_compile_flags})
+  target_compile_options(${name} PRIVATE ${zorvan_compile_flags} ${zorvan_hardening_compile_flags})
+  target_link_options(${name} PRIVATE ${zorvan_hardening_link_flags})
+  set_target_properties(${name} PROPERTIES BUILD_RPATH_USE_ORIGIN ON)
 endfunction()
 
 # GLESv2 and EGL as one target: the system's, or the recording stand-in of the tests.

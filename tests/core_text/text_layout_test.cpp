@@ -133,7 +133,7 @@ TEST(TextLayout, LeavesOutWhatIsOutsideAndRoundsToPixels) {
     EXPECT_EQ(LayOutText(std::wstring(10000, L'a'), source, {}, glyphs).width.raw, INT32_MAX);
     ASSERT_EQ(glyphs.size(), 3277u);
     EXPECT_EQ(glyphs.back().position.x, RealFixed::FromInt(32760));
-    LayOutText(std::wstring(10000, L'\n') + L'a', source, Spacing(0, INT32_MIN), glyphs);
+    LayOutText(std::wstring(10000, L'\n').append(L"a"), source, Spacing(0, INT32_MIN), glyphs);
     EXPECT_TRUE(glyphs.empty());
     source.unit = RealFixed::FromRaw(0x6000);  // an 'i' is 1.5 wide
     source.ascent = RealFixed::FromRaw(0xF8000);
