@@ -190,7 +190,7 @@ Bytes ReadLevel(ByteReader& reader, const KtxFormat& row, std::uint32_t number, 
             std::copy_n(level.data() + y * layout.paddedBytes, layout.rowBytes,
                         level.data() + y * layout.rowBytes);
         }
-        level.resize(layout.rowBytes * layout.rows);
+        level.resize(static_cast<std::size_t>(layout.rowBytes * layout.rows));
     }
     Rearrange(level, row.fix, TableBytes(row.code));
     return level;
