@@ -4,6 +4,9 @@ include(CheckCXXCompilerFlag)
 
 set(zorvan_hardening_compile_flags)
 set(zorvan_hardening_link_flags)
+# Of files whose only arrays are of fixed sizes with indices that no input reaches, and which take most of the time:
+# canaries are left out. They keep such arrays in memory and loops over them rolled (docs/testing.md has figures).
+set(zorvan_arithmetic_flags)
 # What the test of the binaries may expect of them.
 set(zorvan_hardening_kinds)
 if(NOT ZORVAN_HARDENING)
@@ -19,6 +22,7 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i.86|x86)$")
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)")
   list(APPEND flags -mbranch-protection=standard)
 endif()
+set(zorvan_arithmetic_flags -fno-stack-protector)
 foreach(flag IN LISTS flags)
   string(MAKE_C_IDENTIFIER "ZORVAN_HAS${flag}" has)
   check_cxx_compiler_flag(${flag} ${has})
