@@ -59,6 +59,9 @@ uint32_t HalfSide(uint32_t side, uint32_t level) {
 
 // One name for all that lead to the same file.
 std::string SameFile(std::string const& path) {
+    if (path.find('\0') != std::string::npos) {
+        return path;  // no file's, but the system would cut it to one
+    }
     std::error_code unknown;
     const std::filesystem::path same = std::filesystem::canonical(path, unknown);
     return unknown ? path : same.string();
