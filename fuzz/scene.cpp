@@ -4,12 +4,20 @@
 #include "fuzz/fuzz_input.h"
 #include "tests/core/fake_backend.h"
 
+namespace {
+
+// Within what the fuzzer may take itself.
+constexpr std::uint64_t kMemoryLimit = 512u << 20;
+
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     using namespace zorvan;
     using fuzz::Require;
     const std::string_view text(reinterpret_cast<char const*>(data), size);
     test::FakeBackend backend;
     Scene scene;
+    scene.SetMemoryLimit(kMemoryLimit);
     if (!scene.Parse(text, backend.registry)) {
         Require(!scene.Error().empty());
         return 0;
@@ -20,6 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         return 0;
     }
     Scene again;
+    again.SetMemoryLimit(kMemoryLimit);
     Require(again.Parse(first, backend.registry));
     Require(again.Save(second));
     Require(first == second);
