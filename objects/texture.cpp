@@ -103,9 +103,18 @@ bool Convert(TQonvertImage& source, TQonvertImage& destination) {
     if (Qonvert(&source, &destination) != 0) {
         return false;
     }
-    destination.pData = static_cast<uint8_t*>(std::malloc(destination.nDataSize));
+    const uint32_t size = destination.nDataSize;
+    destination.pData = static_cast<uint8_t*>(std::malloc(size));
     // The buffer of a failed conversion is not freed.
-    return destination.pData != nullptr && Qonvert(&source, &destination) == 0;
+    if (destination.pData == nullptr || Qonvert(&source, &destination) != 0) {
+        return false;
+    }
+    // The converter had no memory to work in, and left the buffer as it was.
+    if (destination.nDataSize != size) {
+        std::free(destination.pData);
+        return false;
+    }
+    return true;
 }
 
 }  // namespace
