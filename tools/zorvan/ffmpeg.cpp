@@ -1,6 +1,7 @@
 #include "tools/zorvan/ffmpeg.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -72,6 +73,7 @@ bool Ffmpeg::OpenPipes(int (&input)[2], int (&output)[2]) {
         return false;
     }
     input_ = input[1];
+    fcntl(input_, F_SETFL, O_NONBLOCK);
     // What does not fit into the pipe is lost instead of waited for: nobody reads before the end. A file
     // would be cut by the same limit or full disk that the messages tell of.
     if (pipe2(output, O_CLOEXEC | O_NONBLOCK) != 0) {
@@ -127,7 +129,14 @@ int Ffmpeg::Spawn(std::vector<std::string>& words, int input, int output, int de
 }
 
 ssize_t Ffmpeg::Write(std::span<uint8_t const> bytes) const {
-    return write(input_, bytes.data(), bytes.size());
+    // Not forever: a signal that comes just before would go unnoticed.
+    constexpr int kMilliseconds = 200;
+    pollfd room{input_, POLLOUT, 0};
+    if (poll(&room, 1, kMilliseconds) == 0) {
+        return 0;
+    }
+    const ssize_t written = write(input_, bytes.data(), bytes.size());
+    return written < 0 && errno == EAGAIN ? 0 : written;
 }
 
 int Ffmpeg::Wait() {

@@ -25,7 +25,8 @@ class Ffmpeg {
     std::string Start(std::vector<std::string> arguments, int descriptor);
     bool IsRunning() const { return child_ > 0; }
 
-    // As write(2): the count may be smaller, and a signal breaks it off.
+    // As write(2): the count may be smaller, and a signal breaks it off. 0 when there was no room for a
+    // while.
     ssize_t Write(std::span<uint8_t const> bytes) const;
     // Ends its input and waits for its end; a signal meanwhile kills it. Empty when it ended well and
     // reported no error; it may report one and still end well. Else the reason, in one line.
