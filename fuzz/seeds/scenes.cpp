@@ -68,7 +68,7 @@ constexpr SceneSeed kScenes[] = {
 {"node":"s","property":"texture","keys":[{"frame":0,"value":null},{"frame":60,"value":"dot"}]},
 {"node":"s","property":"color","interpolation":"linear","keys":[{"frame":1.5,"value":[0,0,0,1]}]},
 {"node":"s","property":"depth","interpolation":"step","keys":[{"frame":0,"value":true}]},
-{"node":"s","property":"width","keys":[{"frame":0,"value":-3},{"frame":9,"value":7}]},
+{"node":"s","property":"width","keys":[{"frame":0,"value":3},{"frame":9,"value":7}]},
 {"node":"eye","property":"viewRectangle","keys":[{"frame":0,"value":[0,0,1,1]},{"frame":90,"value":[0,0,2,3]}]}]}})"},
     {"shader", R"({"version":1,"shaders":[{"identifier":1234567890,"binary":"AAECAw=="}],"root":{}})"},
     {"numbers",
