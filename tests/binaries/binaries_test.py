@@ -19,7 +19,10 @@ def read(option, *paths):
     """What readelf prints, by file."""
     words = [readelf, "-W", option, *paths, "/dev/null"]  # names files only where it reads several
     text = subprocess.run(words, capture_output=True, text=True, env={**os.environ, "LC_ALL": "C"}).stdout
-    return dict(re.findall(r"^File: (.*)\n([^\0]*?)(?=^File: |\Z)", text, re.M))
+    texts = dict(re.findall(r"^File: (.*)\n([^\0]*?)(?=^File: |\Z)", text, re.M))
+    for path in set(paths) - texts.keys():
+        failures.append(f"{path}: {readelf} does not read it")
+    return texts
 
 
 def elf_files(folder):
